@@ -1,0 +1,74 @@
+#include "Platform/RegularFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace {
+
+/// An open file descriptor, closed at the end of its scope.
+class Descriptor {
+public:
+    explicit Descriptor(int number) : number(number) {}
+    ~Descriptor() {
+        if (number >= 0) close(number);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    const int number;
+};
+
+/// Size of the open file in bytes; absent if it is not a regular one.
+std::optional<std::size_t> regularSize(const Descriptor& file) {
+    struct stat status {};
+    if (file.number < 0 || fstat(file.number, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return static_cast<std::size_t>(status.st_size);
+}
+
+/// From `offset` to the file's end as it is now, but no more than `maxBytes`. A file that shrank or grew since its
+/// size was read is no error.
+std::optional<std::string> readFrom(const Descriptor& file, std::size_t offset, std::size_t maxBytes) {
+    std::string bytes(maxBytes, '\0');
+    std::size_t filled = 0;
+    while (filled < maxBytes) {
+        const auto count =
+            pread(file.number, bytes.data() + filled, maxBytes - filled, static_cast<off_t>(offset + filled));
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return std::nullopt;
+        if (count == 0) break;
+        filled += static_cast<std::size_t>(count);
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+// Without O_NONBLOCK, opening a FIFO waits for somebody to write to it.
+Descriptor openForReading(const std::string& path) {
+    return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+}
+
+}  // namespace
+
+std::optional<std::string> RegularFile::contents(const std::string& path) {
+    const auto file = openForReading(path);
+    const auto size = regularSize(file);
+    if (!size || *size > largestWhole) return std::nullopt;
+    return readFrom(file, 0, *size);
+}
+
+std::optional<std::string> RegularFile::beginning(const std::string& path, std::size_t maxBytes) {
+    const auto file = openForReading(path);
+    return regularSize(file) ? readFrom(file, 0, maxBytes) : std::nullopt;
+}
+
+std::optional<std::string> RegularFile::ending(const std::string& path, std::size_t maxBytes) {
+    const auto file = openForReading(path);
+    const auto size = regularSize(file);
+    if (!size) return std::nullopt;
+    const std::size_t length = std::min(*size, maxBytes);
+    return readFrom(file, *size - length, length);
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+/// Reads of regular files that never wait: a FIFO, a socket, a device or a directory in a file's place is absent.
+namespace RegularFile {
+
+/// Files larger than this are not settings or credentials of any assistant.
+inline constexpr std::size_t largestWhole = 16 << 20;  // bytes
+
+/// The whole file; absent if it is missing, unreadable, not a regular file or larger than `largestWhole`.
+std::optional<std::string> contents(const std::string& path);
+
+/// The first `maxBytes` bytes of the file, all of it if it is shorter; absent as for `contents`, whatever its
+/// size.
+std::optional<std::string> beginning(const std::string& path, std::size_t maxBytes);
+
+/// The last `maxBytes` bytes of the file, all of it if it is shorter; absent likewise.
+std::optional<std::string> ending(const std::string& path, std::size_t maxBytes);
+
+}  // namespace RegularFile
