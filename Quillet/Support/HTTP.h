@@ -1,0 +1,43 @@
+#pragma once
+
+#include <strings.h>
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The program's one network primitive: a blocking HTTPS GET.
+namespace HTTP {
+
+struct Response {
+    std::string data;  ///< The body as received, perhaps empty.
+    int status = 0;    ///< The HTTP status code; an error status is a response like any other.
+};
+
+struct FieldOrder {
+    bool operator()(const std::string& a, const std::string& b) const {
+        return strcasecmp(a.c_str(), b.c_str()) < 0;
+    }
+};
+
+/// Field names, compared without case, and their values.
+using Headers = std::map<std::string, std::string, FieldOrder>;
+
+/// Fetches `url` afresh, past every cache. `timeout` is how long, in seconds, the transfer may stand still; the
+/// call itself returns after at most `timeout` + 2 seconds. Absent when no whole response came by then, when the
+/// URL or a redirect leaves https, when the certificate does not check out, or when a header can't be sent as it
+/// is. Callable from several threads at once, never from the user interface's.
+std::optional<Response> get(const std::string& url, const Headers& headers, double timeout);
+
+/// What the session trusts and where it connects.
+struct Transport {
+    std::string certificates;            ///< PEM file of authorities; empty: the system's bundle.
+    std::vector<std::string> connectTo;  ///< "host:port:address:port" rows: a host's stand-in.
+};
+
+/// Ends the session, if one runs, and has the next `get` start one over `transport`. Calls still waiting return
+/// absent.
+void restart(Transport transport);
+
+}  // namespace HTTP

@@ -1,0 +1,115 @@
+#include "Support/JSON.h"
+
+#include <charconv>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+using nlohmann::json;
+
+struct JSONObject::Document {
+    json root;
+    bool mismatched = false;
+};
+
+JSONObject::JSONObject(std::shared_ptr<Document> owner, const json& object)
+    : document(std::move(owner)), node(&object) {}
+
+std::optional<JSONObject> JSONObject::parse(std::string_view text) {
+    const auto document = std::make_shared<Document>();
+    document->root = json::parse(text, nullptr, /*allow_exceptions=*/false);
+    if (!document->root.is_object()) return std::nullopt;
+    return JSONObject(document, document->root);
+}
+
+/// The member's value unless it is missing or null.
+const json* JSONObject::member(const char* key) const {
+    const auto found = node->find(key);
+    return found == node->end() || found->is_null() ? nullptr : &*found;
+}
+
+const json* JSONObject::member(const char* key, bool (json::*hasType)() const noexcept) const {
+    const json* value = member(key);
+    if (!value || (value->*hasType)()) return value;
+    document->mismatched = true;
+    return nullptr;
+}
+
+bool JSONObject::mismatched() const {
+    return document->mismatched;
+}
+
+bool JSONObject::contains(const char* key) const {
+    return node->contains(key);
+}
+
+std::optional<std::string> JSONObject::text(const char* key) const {
+    const json* value = member(key, &json::is_string);
+    return value ? std::optional(value->get_ref<const std::string&>()) : std::nullopt;
+}
+
+std::optional<double> JSONObject::number(const char* key) const {
+    const json* value = member(key, &json::is_number);
+    return value ? std::optional(value->get<double>()) : std::nullopt;
+}
+
+std::optional<bool> JSONObject::flag(const char* key) const {
+    const json* value = member(key);
+    if (value && value->is_boolean()) return value->get<bool>();
+    if (value && value->is_number() && (*value == 0 || *value == 1)) return *value == 1;
+    return std::nullopt;
+}
+
+std::optional<JSONObject> JSONObject::object(const char* key) const {
+    const json* value = member(key, &json::is_object);
+    return value ? std::optional(JSONObject(document, *value)) : std::nullopt;
+}
+
+std::optional<std::vector<JSONObject>> JSONObject::objects(const char* key) const {
+    const json* value = member(key, &json::is_array);
+    if (!value) return std::nullopt;
+    std::vector<JSONObject> objects;
+    for (const json& element : *value) {
+        if (!element.is_object()) return std::nullopt;
+        objects.push_back(JSONObject(document, element));
+    }
+    return objects;
+}
+
+namespace {
+
+std::string quoted(const std::string& text) {
+    const std::string raw = json(text).dump(-1, ' ', false, json::error_handler_t::replace);
+    std::string escaped;
+    for (const char c : raw) {
+        if (c == '/') escaped += '\\';
+        escaped += c;
+    }
+    return escaped;
+}
+
+std::string shortest(double number) {
+    char text[32];
+    const auto end = std::to_chars(std::begin(text), std::end(text), number).ptr;
+    return std::isfinite(number) ? std::string(text, end) : "null";
+}
+
+std::string indented(const json& value, const std::string& indent) {
+    if (value.is_string()) return quoted(value.get_ref<const std::string&>());
+    if (value.is_number_float()) return shortest(value.get<double>());
+    if (!value.is_structured() || value.empty()) return value.dump();
+
+    const std::string inner = indent + "  ";
+    std::string members;
+    for (const auto& [key, member] : value.items()) {
+        members += (members.empty() ? "\n" : ",\n") + inner;
+        if (value.is_object()) members += quoted(key) + " : ";
+        members += indented(member, inner);
+    }
+    return (value.is_object() ? "{" : "[") + members + "\n" + indent + (value.is_object() ? "}" : "]");
+}
+
+}  // namespace
+
+std::string JSON::pretty(const json& value) {
+    return indented(value, "");
+}

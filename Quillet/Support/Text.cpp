@@ -1,0 +1,57 @@
+#include "Support/Text.h"
+
+#include <algorithm>
+
+namespace {
+
+// The locale's own functions are avoided: they would change bytes of UTF-8 characters in some locales.
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+char upper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+bool isSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+}  // namespace
+
+std::vector<std::string_view> Text::lines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        if (end > 0) lines.push_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return lines;
+}
+
+std::string Text::lowercased(std::string_view text) {
+    std::string result(text);
+    std::ranges::transform(result, result.begin(), lower);
+    return result;
+}
+
+std::string Text::capitalized(std::string_view text) {
+    std::string result(text);
+    bool wordStarts = true;
+    for (char& c : result) {
+        c = wordStarts ? upper(c) : lower(c);
+        wordStarts = isSpace(c);
+    }
+    return result;
+}
+
+std::string_view Text::trimmed(std::string_view text, std::string_view characters) {
+    const std::size_t first = text.find_first_not_of(characters);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(characters) - first + 1);
+}
+
+std::string Text::replacing(std::string text, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
