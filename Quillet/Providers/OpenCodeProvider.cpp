@@ -1,0 +1,96 @@
+// OpenCode reports no allowance; the share shown is that of a fixed token budget for five hours. Its tool may be
+// writing to the database at the same moment.
+#include "Providers/OpenCodeProvider.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "Platform/HomeDirectory.h"
+#include "Platform/RegularFile.h"
+#include "Support/LocalFiles.h"
+#include "Support/Text.h"
+
+namespace {
+
+constexpr const char* folder = "~/.local/share/opencode";
+constexpr double windowLength = 18000;      // seconds
+constexpr double windowBudget = 3'000'000;  // tokens
+constexpr double highestPercent = 100;
+
+constexpr const char* tokenSum =
+    "SELECT COALESCE(SUM(\n"
+    "    COALESCE(json_extract(data, '$.tokens.input'), 0) +\n"
+    "    COALESCE(json_extract(data, '$.tokens.output'), 0) +\n"
+    "    COALESCE(json_extract(data, '$.tokens.reasoning'), 0)\n"
+    "), 0)\n"
+    "FROM message\n"
+    "WHERE time_created >= ?1 AND json_extract(data, '$.tokens') IS NOT NULL";
+
+using Database = std::unique_ptr<sqlite3, decltype([](sqlite3* database) { sqlite3_close_v2(database); })>;
+using Statement = std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* s) { sqlite3_finalize(s); })>;
+
+/// Whether the database keeps its changes in a write-ahead log: bytes 18 and 19 of its header, the file format's
+/// write and read versions, are then 2.
+bool usesWriteAheadLog(std::string_view header) {
+    return header.size() == 20 && header.ends_with("\2\2");
+}
+
+/// SQLite would create the log and its index beside a database that nobody has open, or write read marks into an
+/// existing index, even over a read-only connection. Without an index the database is complete in itself; with
+/// one, the index is read as it stands.
+std::string readingURI(const std::string& path, std::string_view header) {
+    const bool complete = usesWriteAheadLog(header) && !LocalFiles::exists(path + "-shm") &&
+                          RegularFile::ending(path + "-wal", 1).value_or("").empty();
+    std::string escaped = Text::replacing(path, "%", "%25");
+    escaped = Text::replacing(Text::replacing(escaped, "?", "%3f"), "#", "%23");
+    return "file:" + escaped + (complete ? "?immutable=1" : "?readonly_shm=1");
+}
+
+Database openForReading(const std::string& path) {
+    // Opening a FIFO in the database's place would wait for a writer.
+    const auto header = RegularFile::beginning(path, 20);
+    if (!header) return nullptr;
+    sqlite3* handle = nullptr;
+    const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
+    const int code = sqlite3_open_v2(readingURI(path, *header).c_str(), &handle, flags, nullptr);
+    Database database(handle);
+    return code == SQLITE_OK ? std::move(database) : nullptr;
+}
+
+}  // namespace
+
+std::optional<std::int64_t> OpenCodeProvider::tokensInLastFiveHours(const std::string& dbPath) {
+    const Database database = openForReading(dbPath);
+    if (!database) return std::nullopt;
+
+    sqlite3_stmt* prepared = nullptr;
+    sqlite3_prepare_v2(database.get(), tokenSum, -1, &prepared, nullptr);
+    const Statement statement(prepared);
+    if (!statement) return std::nullopt;
+
+    const auto cutOff = static_cast<std::int64_t>((Clock::now() - windowLength) * 1000);  // milliseconds
+    sqlite3_bind_int64(statement.get(), 1, cutOff);
+    if (sqlite3_step(statement.get()) != SQLITE_ROW) return std::nullopt;
+    return sqlite3_column_int64(statement.get(), 0);
+}
+
+UsageSnapshot OpenCodeProvider::collect() const {
+    UsageSnapshot snapshot(Provider::opencode);
+    const std::string dir = HomeDirectory::expanding(folder);
+    if (!LocalFiles::exists(dir)) {
+        snapshot.error = UsageSnapshot::notInstalled;
+        return snapshot;
+    }
+    if (!LocalFiles::exists(dir + "/auth.json")) {
+        snapshot.error = UsageSnapshot::loginRequired;
+        return snapshot;
+    }
+    snapshot.connected = true;
+    const auto tokens = tokensInLastFiveHours(dir + "/opencode.db");
+    if (tokens && *tokens >= 1) {
+        snapshot.dailyPercent = std::min(static_cast<double>(*tokens) / windowBudget * 100, highestPercent);
+    }
+    return snapshot;
+}
