@@ -1,0 +1,108 @@
+#include <algorithm>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "CLI/CLI.h"
+#include "Model/AppConfig.h"
+#include "Model/ModelNaming.h"
+#include "Model/UsageFormat.h"
+#include "Providers/ClaudeProvider.h"
+#include "Providers/CodexProvider.h"
+#include "Providers/GeminiProvider.h"
+#include "Providers/OpenCodeProvider.h"
+#include "Support/ISO8601.h"
+#include "Support/JSON.h"
+
+namespace {
+
+UsageSnapshot collect(Provider provider) {
+    switch (provider) {
+    case Provider::claude:
+        return ClaudeProvider().collect();
+    case Provider::codex:
+        return CodexProvider().collect();
+    case Provider::gemini:
+        return GeminiProvider().collect();
+    case Provider::opencode:
+        return OpenCodeProvider().collect();
+    }
+    return UsageSnapshot(provider);
+}
+
+std::string windowText(const char* name, std::optional<double> percent, std::optional<Instant> resetAt) {
+    std::string text = name + UsageFormat::percentText(percent);
+    if (resetAt) text += " (resets " + UsageFormat::resetText(*resetAt) + ")";
+    return text;
+}
+
+std::string figures(const UsageSnapshot& snapshot) {
+    std::string text;
+    if (const auto model = ModelNaming::combined(snapshot.modelLabel, snapshot.effortLabel)) text += " " + *model;
+    if (snapshot.planLabel) text += " [" + *snapshot.planLabel + "]";
+    text += windowText(" 5h ", snapshot.dailyPercent, snapshot.dailyResetAt);
+    text += windowText(" · Wk ", snapshot.weeklyPercent, snapshot.weeklyResetAt);
+    return text;
+}
+
+/// Labels come from files and replies; none of them may move the terminal's cursor or break the line.
+std::string withoutControls(std::string line) {
+    std::ranges::replace_if(
+        line, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }, ' ');
+    return line;
+}
+
+template <typename Value>
+nlohmann::json orNull(const std::optional<Value>& value) {
+    return value ? nlohmann::json(*value) : nlohmann::json();
+}
+
+nlohmann::json instantText(std::optional<Instant> instant) {
+    return instant ? orNull(ISO8601::format(*instant)) : nlohmann::json();
+}
+
+nlohmann::json record(const UsageSnapshot& snapshot) {
+    return {
+        {"provider", snapshot.provider.rawValue()},
+        {"isConnected", snapshot.connected},
+        {"planLabel", orNull(snapshot.planLabel)},
+        {"model", orNull(snapshot.modelLabel)},
+        {"effort", orNull(snapshot.effortLabel)},
+        {"dailyPercent", orNull(snapshot.dailyPercent)},
+        {"weeklyPercent", orNull(snapshot.weeklyPercent)},
+        {"dailyResetsAt", instantText(snapshot.dailyResetAt)},
+        {"weeklyResetsAt", instantText(snapshot.weeklyResetAt)},
+        {"error", orNull(snapshot.error)},
+        {"updatedAt", instantText(snapshot.updatedAt)},
+    };
+}
+
+}  // namespace
+
+CLI::Collected CLI::collectAll() {
+    Collected collected;
+    for (const auto& [provider, enabled] : AppConfig::load().entries) {
+        if (enabled) collected.emplace_back(provider, collect(provider));
+    }
+    return collected;
+}
+
+std::string CLI::textReport(const Collected& collected) {
+    std::string report = "Quillet by ZENDRIK\n";
+    for (const auto& [provider, snapshot] : collected) {
+        const std::string rest = snapshot.error ? " " + *snapshot.error : figures(snapshot);
+        report += withoutControls(std::string(provider.rawValue()) + ":" + rest) + "\n";
+    }
+    return report;
+}
+
+std::string CLI::jsonReport(const Collected& collected) {
+    auto records = nlohmann::json::array();
+    for (const auto& [provider, snapshot] : collected)
+        records.push_back(record(snapshot));
+    return JSON::pretty(records) + "\n";
+}
+
+void CLI::status(bool json) {
+    const auto collected = collectAll();
+    std::fputs((json ? jsonReport(collected) : textReport(collected)).c_str(), stdout);
+}
