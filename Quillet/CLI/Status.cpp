@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -44,11 +43,19 @@ std::string figures(const UsageSnapshot& snapshot) {
     return text;
 }
 
-/// Labels come from files and replies; none of them may move the terminal's cursor or break the line.
-std::string withoutControls(std::string line) {
-    std::ranges::replace_if(
-        line, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }, ' ');
-    return line;
+/// Labels come from files and replies; none of them may move the terminal's cursor or break the line. In UTF-8 the
+/// controls above ASCII are C2 80 to C2 9F.
+std::string withoutControls(const std::string& line) {
+    std::string result;
+    for (const char c : line) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80 && byte < 0xA0 && result.ends_with('\xC2')) {
+            result.back() = ' ';
+        } else {
+            result += byte < 0x20 || byte == 0x7F ? ' ' : c;
+        }
+    }
+    return result;
 }
 
 template <typename Value>

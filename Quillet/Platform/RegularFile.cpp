@@ -60,11 +60,6 @@ std::optional<std::string> RegularFile::contents(const std::string& path) {
     return readFrom(file, 0, *size);
 }
 
-std::optional<std::string> RegularFile::beginning(const std::string& path, std::size_t maxBytes) {
-    const auto file = openForReading(path);
-    return regularSize(file) ? readFrom(file, 0, maxBytes) : std::nullopt;
-}
-
 std::optional<std::string> RegularFile::ending(const std::string& path, std::size_t maxBytes) {
     const auto file = openForReading(path);
     const auto size = regularSize(file);

@@ -13,11 +13,7 @@ inline constexpr std::size_t largestWhole = 16 << 20;  // bytes
 /// The whole file; absent if it is missing, unreadable, not a regular file or larger than `largestWhole`.
 std::optional<std::string> contents(const std::string& path);
 
-/// The first `maxBytes` bytes of the file, all of it if it is shorter; absent as for `contents`, whatever its
-/// size.
-std::optional<std::string> beginning(const std::string& path, std::size_t maxBytes);
-
-/// The last `maxBytes` bytes of the file, all of it if it is shorter; absent likewise.
+/// The last `maxBytes` bytes of the file, all of it if it is shorter; absent as for `contents`, whatever its size.
 std::optional<std::string> ending(const std::string& path, std::size_t maxBytes);
 
 }  // namespace RegularFile

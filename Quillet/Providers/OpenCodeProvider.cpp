@@ -5,10 +5,10 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 
 #include "Platform/HomeDirectory.h"
-#include "Platform/RegularFile.h"
 #include "Support/LocalFiles.h"
 #include "Support/Text.h"
 
@@ -31,32 +31,46 @@ constexpr const char* tokenSum =
 using Database = std::unique_ptr<sqlite3, decltype([](sqlite3* database) { sqlite3_close_v2(database); })>;
 using Statement = std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* s) { sqlite3_finalize(s); })>;
 
-/// Whether the database keeps its changes in a write-ahead log: bytes 18 and 19 of its header, the file format's
-/// write and read versions, are then 2.
-bool usesWriteAheadLog(std::string_view header) {
-    return header.size() == 20 && header.ends_with("\2\2");
-}
-
-/// SQLite would create the log and its index beside a database that nobody has open, or write read marks into an
-/// existing index, even over a read-only connection. Without an index the database is complete in itself; with
-/// one, the index is read as it stands.
-std::string readingURI(const std::string& path, std::string_view header) {
-    const bool complete = usesWriteAheadLog(header) && !LocalFiles::exists(path + "-shm") &&
-                          RegularFile::ending(path + "-wal", 1).value_or("").empty();
+Database open(const std::string& path, const char* mode) {
     std::string escaped = Text::replacing(path, "%", "%25");
     escaped = Text::replacing(Text::replacing(escaped, "?", "%3f"), "#", "%23");
-    return "file:" + escaped + (complete ? "?immutable=1" : "?readonly_shm=1");
-}
+    const std::string uri = "file:" + escaped + "?" + mode;
 
-Database openForReading(const std::string& path) {
-    // Opening a FIFO in the database's place would wait for a writer.
-    const auto header = RegularFile::beginning(path, 20);
-    if (!header) return nullptr;
     sqlite3* handle = nullptr;
     const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
-    const int code = sqlite3_open_v2(readingURI(path, *header).c_str(), &handle, flags, nullptr);
+    const int code = sqlite3_open_v2(uri.c_str(), &handle, flags, nullptr);
     Database database(handle);
     return code == SQLITE_OK ? std::move(database) : nullptr;
+}
+
+/// Whether the database keeps its changes in a write-ahead log: bytes 18 and 19 of its header, the file format's
+/// write and read versions, are then 2. Read through SQLite's own descriptor: closing another one would drop the
+/// locks that a collection on another thread holds.
+bool usesWriteAheadLog(sqlite3* database) {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
+    char versions[2];
+    const bool read = file && file->pMethods && file->pMethods->xRead(file, versions, 2, 18) == SQLITE_OK;
+    return read && versions[0] == 2 && versions[1] == 2;
+}
+
+bool isMissingOrEmpty(const std::string& path) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path, error);
+    return error || size == 0;
+}
+
+/// Even over a read-only connection, SQLite would create the write-ahead log and its index beside a database that
+/// nobody has open, and write read marks into an index that is there. So an index is only read as it stands, and
+/// without log and index the database is complete in itself.
+Database openForReading(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored))
+        return nullptr;  // opening a FIFO would wait for a writer
+    Database database = open(path, "readonly_shm=1");
+    const bool complete = !LocalFiles::exists(path + "-shm") && isMissingOrEmpty(path + "-wal");
+    return database && complete && usesWriteAheadLog(database.get()) ? open(path, "immutable=1")
+                                                                     : std::move(database);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "Support/ISO8601.h"
 
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdio>

@@ -15,6 +15,7 @@ JSONObject::JSONObject(std::shared_ptr<Document> owner, const json& object)
     : document(std::move(owner)), node(&object) {}
 
 std::optional<JSONObject> JSONObject::parse(std::string_view text) {
+    if (text.find('\0') != std::string_view::npos) return std::nullopt;  // the library would take it for the end
     const auto document = std::make_shared<Document>();
     document->root = json::parse(text, nullptr, /*allow_exceptions=*/false);
     if (!document->root.is_object()) return std::nullopt;
@@ -56,6 +57,7 @@ std::optional<bool> JSONObject::flag(const char* key) const {
     const json* value = member(key);
     if (value && value->is_boolean()) return value->get<bool>();
     if (value && value->is_number() && (*value == 0 || *value == 1)) return *value == 1;
+    if (value) document->mismatched = true;
     return std::nullopt;
 }
 
@@ -69,10 +71,11 @@ std::optional<std::vector<JSONObject>> JSONObject::objects(const char* key) cons
     if (!value) return std::nullopt;
     std::vector<JSONObject> objects;
     for (const json& element : *value) {
-        if (!element.is_object()) return std::nullopt;
-        objects.push_back(JSONObject(document, element));
+        if (element.is_object()) objects.push_back(JSONObject(document, element));
     }
-    return objects;
+    if (objects.size() == value->size()) return objects;
+    document->mismatched = true;
+    return std::nullopt;
 }
 
 namespace {

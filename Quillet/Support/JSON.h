@@ -21,8 +21,8 @@ public:
     std::optional<JSONObject> object(const char* key) const;
     std::optional<std::vector<JSONObject>> objects(const char* key) const;  ///< An array of nothing but objects.
 
-    /// Whether any member asked for so far, of any object of this document, had a value of another type. A reader
-    /// that takes a document whole or not at all asks this last.
+    /// Whether any member asked for so far, of any object of this document, had a value of another type than asked
+    /// for. A reader that takes a document whole or not at all asks this last.
     bool mismatched() const;
 
 private:
