@@ -2,8 +2,6 @@
 // rather than sent. What it writes last is taken as it is; nothing is ever renewed from here.
 #include "Providers/ClaudeProvider.h"
 
-#include <ranges>
-
 #include "Model/ModelNaming.h"
 #include "Platform/HomeDirectory.h"
 #include "Platform/Keychain.h"
@@ -85,8 +83,9 @@ void ClaudeProvider::fill(UsageSnapshot& snapshot, const LiveUsage& usage) {
 }
 
 std::optional<std::string> ClaudeProvider::modelIDInLog(std::string_view text) {
-    for (const std::string_view line : Text::lines(text) | std::views::reverse) {
-        if (auto model = modelIDInLine(line)) return model;
+    const auto lines = Text::lines(text);
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        if (auto model = modelIDInLine(*line)) return model;
     }
     return std::nullopt;
 }

@@ -1,7 +1,5 @@
 // Codex's tool writes a turn_context record to its session log at every turn, with the settings in force at that
 // moment. The configuration file says only what a new session would start with.
-#include <ranges>
-
 #include "Platform/HomeDirectory.h"
 #include "Providers/CodexProvider.h"
 #include "Support/JSON.h"
@@ -44,8 +42,9 @@ std::optional<std::string> settingValue(std::string_view line) {
 }  // namespace
 
 std::optional<CodexProvider::ModelEffort> CodexProvider::modelEffortInLog(std::string_view text) {
-    for (const std::string_view line : Text::lines(text) | std::views::reverse) {
-        if (auto found = modelEffortInLine(line)) return found;
+    const auto lines = Text::lines(text);
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        if (auto found = modelEffortInLine(*line)) return found;
     }
     return std::nullopt;
 }

@@ -67,9 +67,9 @@ std::optional<std::string> GeminiProvider::planLabel(const std::string& dir) {
 std::optional<std::int64_t> GeminiProvider::requestsToday(const std::string& dir) {
     const Instant today = Clock::startOfDay(Clock::now());
     std::optional<std::int64_t> total;
-    const auto addFile = [&](const std::string& path, Instant modifiedAt) {
+    const auto addFile = [&](const std::string& logs, const char* name, Instant modifiedAt) {
         if (modifiedAt < today) return;
-        const auto text = LocalFiles::tail(path, logTail);
+        const auto text = LocalFiles::tail(logs + '/' + name, logTail);
         if (text) total = total.value_or(0) + requestLines(*text);
     };
     for (const char* logs : logFolders) {

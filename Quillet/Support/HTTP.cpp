@@ -7,11 +7,9 @@
 #include <pthread.h>
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -24,9 +22,11 @@ namespace {
 // start; the environment can only be changed safely before there are threads.
 [[maybe_unused]] const int keyLogUnset = unsetenv("SSLKEYLOGFILE");
 
+using Monotonic = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds grace{2};                    // beyond the caller's time-out
+constexpr std::chrono::hours longestPoll{24};  // while nothing is on its way
 constexpr double longestTimeout = 3600;        // seconds
 constexpr std::size_t largestBody = 16 << 20;  // bytes
 
@@ -40,7 +40,7 @@ public:
         changed.notify_all();
     }
 
-    std::optional<HTTP::Response> wait(std::chrono::steady_clock::time_point deadline) {
+    std::optional<HTTP::Response> wait(Monotonic::time_point deadline) {
         std::unique_lock guard(lock);
         changed.wait_until(guard, deadline, [this] { return finished; });
         return std::exchange(result, std::nullopt);
@@ -73,14 +73,17 @@ std::string environment(const char* name) {
 
 /// A request on its way, with all that libcurl refers to while it runs.
 struct Transfer {
-    Transfer(const std::string& url, const HTTP::Headers& fields, double timeout, const HTTP::Transport& transport,
-             std::shared_ptr<Slot> slot);
+    Transfer(const std::string& url, const HTTP::Headers& fields, Seconds standstill,
+             const HTTP::Transport& transport, std::shared_ptr<Slot> slot);
     ~Transfer() { curl_easy_cleanup(handle); }
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
     std::optional<HTTP::Response> outcome(CURLcode code);
+    Monotonic::time_point standstillAt() const { return activeAt + timeout; }
 
+    const Monotonic::duration timeout;
+    Monotonic::time_point activeAt = Monotonic::now();  // when anything came last
     CURL* const handle = curl_easy_init();
     List headers;
     List connectTo;
@@ -88,28 +91,38 @@ struct Transfer {
     std::shared_ptr<Slot> slot;
 };
 
-std::size_t collectBody(char* data, std::size_t, std::size_t count, void* body) {
-    auto& bytes = *static_cast<std::string*>(body);
-    if (bytes.size() + count > largestBody) return 0;  // ends the transfer as failed
-    bytes.append(data, count);
+std::size_t collectBody(char* data, std::size_t, std::size_t count, void* owner) {
+    auto& transfer = *static_cast<Transfer*>(owner);
+    transfer.activeAt = Monotonic::now();
+    if (transfer.body.size() + count > largestBody) return 0;  // ends the transfer as failed
+    transfer.body.append(data, count);
     return count;
 }
 
-Transfer::Transfer(const std::string& url, const HTTP::Headers& fields, double timeout,
+std::size_t noteHeader(char*, std::size_t, std::size_t count, void* owner) {
+    static_cast<Transfer*>(owner)->activeAt = Monotonic::now();
+    return count;
+}
+
+Monotonic::duration monotonic(Seconds seconds) {
+    return std::chrono::duration_cast<Monotonic::duration>(seconds);
+}
+
+Transfer::Transfer(const std::string& url, const HTTP::Headers& fields, Seconds standstill,
                    const HTTP::Transport& transport, std::shared_ptr<Slot> resultSlot)
-    : slot(std::move(resultSlot)) {
+    : timeout(monotonic(standstill)), slot(std::move(resultSlot)) {
     // A field without a value is written with a semicolon; with a colon it would be left out.
     for (const auto& [name, value] : fields)
         append(headers, value.empty() ? name + ";" : name + ": " + value);
     for (const auto& row : transport.connectTo)
         append(connectTo, row);
 
-    const auto milliseconds = [](double seconds) { return static_cast<long>(seconds * 1000); };
-    curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
     curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
     curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, collectBody);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &body);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, noteHeader);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // don't wait for a name lookup that hangs
 
@@ -128,12 +141,8 @@ Transfer::Transfer(const std::string& url, const HTTP::Headers& fields, double t
         curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
     }
 
-    // Standing still ends a transfer as it should. One that only drips is given up by its caller first and must
-    // then not live for ever.
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, milliseconds(timeout));
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, static_cast<long>(std::ceil(timeout)));
-    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, milliseconds(2 * (timeout + grace.count())));
+    // A transfer that only drips is given up by its caller and must then not live for ever.
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(2000 * (standstill + grace).count()));
 }
 
 std::optional<HTTP::Response> Transfer::outcome(CURLcode code) {
@@ -151,12 +160,14 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    void start(const std::string& url, const HTTP::Headers& headers, double timeout, std::shared_ptr<Slot> slot);
+    void start(const std::string& url, const HTTP::Headers& headers, Seconds timeout, std::shared_ptr<Slot> slot);
 
 private:
     void drive();
     bool takeArrivals();
     void deliverFinished();
+    void endStandstills();
+    int millisecondsToStandstill() const;
     void finish(CURL* handle, CURLcode code);
 
     const HTTP::Transport transport;
@@ -188,7 +199,7 @@ Session::~Session() {
     curl_multi_cleanup(multi);
 }
 
-void Session::start(const std::string& url, const HTTP::Headers& headers, double timeout,
+void Session::start(const std::string& url, const HTTP::Headers& headers, Seconds timeout,
                     std::shared_ptr<Slot> slot) {
     auto transfer = std::make_unique<Transfer>(url, headers, timeout, transport, std::move(slot));
     {
@@ -203,7 +214,8 @@ void Session::drive() {
         int active = 0;
         curl_multi_perform(multi, &active);
         deliverFinished();
-        curl_multi_poll(multi, nullptr, 0, std::numeric_limits<int>::max(), nullptr);  // or until woken
+        endStandstills();
+        curl_multi_poll(multi, nullptr, 0, millisecondsToStandstill(), nullptr);  // or until woken
     }
     while (!running.empty())
         finish(running.back()->handle, CURLE_ABORTED_BY_CALLBACK);
@@ -225,6 +237,21 @@ void Session::deliverFinished() {
     while (const CURLMsg* message = curl_multi_info_read(multi, &queued)) {
         if (message->msg == CURLMSG_DONE) finish(message->easy_handle, message->data.result);
     }
+}
+
+void Session::endStandstills() {
+    const auto now = Monotonic::now();
+    for (std::size_t i = running.size(); i-- > 0;) {
+        if (running[i]->standstillAt() <= now) finish(running[i]->handle, CURLE_OPERATION_TIMEDOUT);
+    }
+}
+
+int Session::millisecondsToStandstill() const {
+    auto next = Monotonic::now() + longestPoll;
+    for (const auto& transfer : running)
+        next = std::min(next, transfer->standstillAt());
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Monotonic::now());
+    return static_cast<int>(std::max(left.count(), std::chrono::milliseconds::rep{0}));
 }
 
 void Session::finish(CURL* handle, CURLcode code) {
@@ -272,9 +299,8 @@ std::optional<HTTP::Response> HTTP::get(const std::string& url, const Headers& h
     const auto fieldIsSafe = [](const auto& field) { return isSafe(field.first) && isSafe(field.second); };
     if (!isSafe(url) || !std::ranges::all_of(headers, fieldIsSafe)) return std::nullopt;
 
-    const double bounded = timeout > 0 ? std::min(timeout, longestTimeout) : 0;
-    const auto wait = std::chrono::duration_cast<std::chrono::steady_clock::duration>(Seconds(bounded) + grace);
-    const auto deadline = std::chrono::steady_clock::now() + wait;
+    const Seconds bounded(timeout > 0 ? std::min(timeout, longestTimeout) : 0);
+    const auto deadline = Monotonic::now() + monotonic(bounded + grace);
     const auto slot = std::make_shared<Slot>();
     sharedSession().get()->start(url, headers, bounded, slot);
     return slot->wait(deadline);

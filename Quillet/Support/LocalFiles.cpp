@@ -70,7 +70,7 @@ std::optional<std::string> ifUTF8(std::optional<std::string> bytes) {
 
 void LocalFiles::forEachFile(const std::string& directory, Hidden hidden,
                              const std::function<bool(std::string_view)>& matches,
-                             const std::function<void(const std::string&, Instant)>& visit) {
+                             const std::function<void(const std::string&, const char*, Instant)>& visit) {
     // Folders wait as paths, not open: a deep tree costs no descriptors, and a path too long to be opened could
     // not be read by anybody else either.
     std::vector<std::string> waiting{directory};
@@ -92,7 +92,7 @@ void LocalFiles::forEachFile(const std::string& directory, Hidden hidden,
             if (entry->d_type == DT_DIR || S_ISDIR(status.st_mode)) {
                 waiting.push_back(path + '/' + entry->d_name);
             } else if (matching && S_ISREG(status.st_mode)) {
-                visit(path + '/' + entry->d_name, modificationTime(status));
+                visit(path, entry->d_name, modificationTime(status));
             }
         }
     }
@@ -104,9 +104,9 @@ std::optional<std::string> LocalFiles::newestFile(std::string_view under, std::s
     forEachFile(
         HomeDirectory::expanding(under), Hidden::skip,
         [&](std::string_view name) { return name.ends_with(suffix); },
-        [&](const std::string& path, Instant modifiedAt) {
+        [&](const std::string& folder, const char* name, Instant modifiedAt) {
             if (newest && modifiedAt <= newestTime) return;
-            newest = path;
+            newest = folder + '/' + name;
             newestTime = modifiedAt;
         });
     return newest;

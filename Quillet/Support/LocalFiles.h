@@ -27,10 +27,11 @@ bool exists(const std::string& path);
 
 enum class Hidden { skip, include };
 
-/// Calls `visit` with the path and modification time of every regular file below `directory` whose name `matches`.
-/// Links are not followed; folders that can't be read are passed over. Only matching names cost a look at the
-/// file.
-void forEachFile(const std::string& directory, Hidden hidden, const std::function<bool(std::string_view)>& matches,
-                 const std::function<void(const std::string& path, Instant modifiedAt)>& visit);
+/// Calls `visit` with folder, name and modification time of every regular file below `directory` whose name
+/// `matches`. Links are not followed; folders that can't be read are passed over. Only matching names cost a look
+/// at the file.
+void forEachFile(
+    const std::string& directory, Hidden hidden, const std::function<bool(std::string_view)>& matches,
+    const std::function<void(const std::string& folder, const char* name, Instant modifiedAt)>& visit);
 
 }  // namespace LocalFiles
