@@ -1,0 +1,15 @@
+# shellcheck shell=bash disable=SC2034  # the lists are used by name
+# The Debian packages that each command needs. "a|b" is satisfied by either and installs the first.
+runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nlohmann-json3-dev libsqlite3-dev
+    libutfcpp-dev ca-certificates)
+testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 openssl)
+benchPackages=("${runPackages[@]}" python3 openssl sqlite3 curl findutils grep)
+fuzzPackages=("${runPackages[@]}" clang libclang-rt-dev)
+formatPackages=(clang-format)
+
+# What they must have put on the search path.
+runPrograms=(c++ cmake ninja)
+testPrograms=("${runPrograms[@]}" python3 openssl)
+benchPrograms=("${testPrograms[@]}" sqlite3 curl find grep)
+fuzzPrograms=("${runPrograms[@]}" clang++)
+formatPrograms=(clang-format)
