@@ -1,0 +1,40 @@
+#include <string>
+
+#include "Fuzz.h"
+#include "Providers/ClaudeProvider.h"
+#include "Providers/CodexProvider.h"
+
+namespace {
+
+void tryClaude(const std::string& text) {
+    const auto model = ClaudeProvider::modelIDInLog(text);
+    if (model) {
+        require(!model->empty() && *model != "<synthetic>" && model->find_first_of("\"\n") == std::string::npos);
+        require(text.find("\"model\":\"" + *model + '"') != std::string::npos);
+    }
+    // The newest line decides, and an older one only where there is nothing newer.
+    require(ClaudeProvider::modelIDInLog(text + "\n{\"model\":\"newest\"}") == "newest");
+    require(ClaudeProvider::modelIDInLog("{\"model\":\"oldest\"}\n" + text) == model.value_or("oldest"));
+}
+
+void tryCodex(const std::string& text) {
+    const std::string line = R"({"type":"turn_context","payload":{"model":"m","model_reasoning_effort":"e"}})";
+    const auto turn = CodexProvider::modelEffortInLog(text);
+    if (turn) {
+        require(turn->model || turn->effort);
+        require(isUTF8(turn->model.value_or("")) && isUTF8(turn->effort.value_or("")));
+        require(text.find("\"turn_context\"") != std::string::npos);
+    }
+    const auto newest = CodexProvider::modelEffortInLog(text + '\n' + line);
+    require(newest && newest->model == "m" && newest->effort == "e");
+    const auto oldest = CodexProvider::modelEffortInLog(line + '\n' + text);
+    require(oldest && oldest->model == (turn ? turn->model : "m") &&
+            oldest->effort == (turn ? turn->effort : "e"));
+}
+
+}  // namespace
+
+void tryInput(std::string_view text) {
+    tryClaude(std::string(text));
+    tryCodex(std::string(text));
+}
