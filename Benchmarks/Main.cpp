@@ -1,0 +1,143 @@
+// Every line of the table sets one thing that users wait for against a yardstick that is measured beside it.
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+
+#include "CLI/CLI.h"
+#include "Data.h"
+#include "Measure.h"
+#include "Providers/GeminiProvider.h"
+#include "Providers/OpenCodeProvider.h"
+#include "Support/HTTP.h"
+#include "Support/LocalFiles.h"
+#include "Tests/Support/HTTPSServer.h"
+#include "Tests/Support/TemporaryHome.h"
+
+namespace {
+
+using Measure::compare;
+using Measure::requireSame;
+using Measure::run;
+
+constexpr std::size_t tailSize = 256 << 10;
+constexpr double roomForNoise = 1.2;  // between two things that should cost the same
+
+Measure::Work program(const std::vector<std::string>& command) {
+    return [command] { run(command); };
+}
+
+// Nobody signed in needs the network here, so this is what every prompt or cron job pays.
+void status() {
+    Data::writeAssistants();
+    const std::string report = run({QUILLET, "status", "--json"});
+    for (const char* part : {"Opus 4.7", "\"5.5\"", "reqs today", "OpenCode"})
+        requireSame(part, report.find(part) == std::string::npos ? report : "found", "found");
+    compare("peak memory of `quillet status`, limit 16 MiB", Measure::peakMemory({QUILLET, "status"}), 16, "MiB",
+            1);
+    compare("`quillet status`, four providers : printing one line", 200, program({QUILLET, "status"}),
+            program({BASELINE}), 1.4);
+}
+
+void newestFile() {
+    const std::string tree = TemporaryHome::at("tree");
+    Data::writeTree("tree");
+    const std::string find = "find '" + tree + "' -type f -name '*.jsonl' -printf '%T@ %p\\n' | sort -n | tail -1";
+    const std::string found = run({"sh", "-c", find});
+    requireSame("the newest file", LocalFiles::newestFile(tree, ".jsonl").value_or("") + "\n",
+                found.substr(found.find(' ') + 1));
+    compare(
+        "newestFile of 100,000 in 500 folders : find | sort | tail", 11,
+        [&] { LocalFiles::newestFile(tree, ".jsonl"); }, program({"sh", "-c", find}), 0.5);
+    compare(
+        "newestFile, none of the names matches : find by the name alone", 11,
+        [&] { LocalFiles::newestFile(tree, ".log"); }, program({"find", tree, "-name", "*.log"}), 1);
+}
+
+void tail() {
+    const std::string large = TemporaryHome::at("large.jsonl");
+    const std::string small = TemporaryHome::at("small.jsonl");
+    Data::writeSparseLog("large.jsonl", std::size_t{2} << 30);
+    Data::writeSparseLog("small.jsonl", std::size_t{768} << 10);
+    requireSame("the end of a log", LocalFiles::tail(large, tailSize).value_or("none"), Data::log(tailSize));
+    compare(
+        "tail of a 2 GiB log : of a 1 MiB log", 500, [&] { LocalFiles::tail(large, tailSize); },
+        [&] { LocalFiles::tail(small, tailSize); }, roomForNoise);
+}
+
+void collectorPass(const HTTPSServer& server) {
+    Data::writeLogins();
+    server.reply("/api/oauth/usage", {{"body", R"({"five_hour":{"utilization":42}})"}});
+    server.reply("/backend-api/wham/usage", {{"body", R"({"plan_type":"plus"})"}});
+    const auto first = CLI::collectAll();
+    requireSame("Claude's usage", std::to_string(first[0].second.dailyPercent.value_or(0)), std::to_string(42.0));
+    requireSame("Codex's plan", first[1].second.planLabel.value_or("none"), "Plus");
+    const double took = Measure::median(500, [] { CLI::collectAll(); });
+    compare("one pass of all four collectors on warm caches, limit 1 ms", took, 1, "ms ", 1);
+}
+
+void openCodeTokens() {
+    Data::writeDatabase("messages.db", 200'000);
+    const std::string database = TemporaryHome::at("messages.db");
+    const std::string statement =
+        "SELECT COALESCE(SUM(\n"
+        "    COALESCE(json_extract(data, '$.tokens.input'), 0) +\n"
+        "    COALESCE(json_extract(data, '$.tokens.output'), 0) +\n"
+        "    COALESCE(json_extract(data, '$.tokens.reasoning'), 0)\n"
+        "), 0)\n"
+        "FROM message\n"
+        "WHERE time_created >= ?1 AND json_extract(data, '$.tokens') IS NOT NULL";
+    const std::string cutOff = ".parameter set ?1 " + std::to_string(std::time(nullptr) - 18000) + "000";
+    const auto shell = [&] { return run({"sqlite3", "-readonly", "-cmd", cutOff, database, statement}); };
+    const auto sum = [&] { return OpenCodeProvider::tokensInLastFiveHours(database).value_or(-1); };
+    requireSame("OpenCode's tokens", std::to_string(sum()) + "\n", shell());
+    compare("OpenCode's tokens in 200,000 messages : the sqlite3 shell", 11, sum, shell, 1.1);
+}
+
+void geminiRequests() {
+    std::vector<std::string> grep = {"grep", "-c", "-h", "-e", "request", "-e", "generateContent"};
+    const std::string lines = Data::log(tailSize);
+    for (int file = 0; file < 200; ++file)
+        grep.push_back(TemporaryHome::write("gemini/tmp/" + std::to_string(file) + "/chat.jsonl", lines));
+    const std::string dir = TemporaryHome::at("gemini");
+    long counted = 0;
+    std::string output = run(grep);
+    for (char* at = output.data(); *at; ++at)
+        counted += std::strtol(at, &at, 10);
+    requireSame("Gemini's requests", std::to_string(GeminiProvider::requestsToday(dir).value_or(-1)),
+                std::to_string(counted));
+    compare(
+        "Gemini's requests in 200 logs of 256 KiB : grep -c", 31, [&] { GeminiProvider::requestsToday(dir); },
+        program(grep), 1);
+}
+
+void request(const HTTPSServer& server) {
+    server.reply("/reply", {{"body", R"({"five_hour":{"utilization":42}})"}});
+    const std::string url = "https://api.anthropic.com/reply";
+    const std::vector<std::string> curl = {
+        "curl", "-s", "-S", "--cacert", server.certificates(), "--connect-to", server.standIns()[0], url};
+    const auto get = [&] {
+        return HTTP::get(url, {{"Accept", "application/json"}}, 8).value_or(HTTP::Response{}).data;
+    };
+    requireSame("a reply", get(), run(curl));
+    compare("HTTP::get over a warm connection : the curl command", 50, get, program(curl), 0.5);
+}
+
+}  // namespace
+
+int main() {
+    for (const char* proxy : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
+        unsetenv(proxy);
+    const TemporaryHome home;
+    setenv("HOME", TemporaryHome::path().c_str(), 1);  // for the programs that are run
+
+    status();  // first, while this process is small
+    newestFile();
+    tail();
+    openCodeTokens();
+    geminiRequests();
+    const HTTPSServer server;
+    collectorPass(server);
+    request(server);
+    return Measure::withinBudgets() ? 0 : 1;
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// Timing and the table. Two things are always measured in turns, so that what else the machine does hits both.
+namespace Measure {
+
+using Work = std::function<void()>;
+
+/// Adds a line with the medians of both in milliseconds, their ratio and the highest ratio that is good enough.
+void compare(const std::string& name, int rounds, const Work& ours, const Work& other, double budget);
+
+/// Adds a line for a figure with a fixed limit.
+void compare(const std::string& name, double ours, double limit, const std::string& unit, double budget);
+
+/// Median duration of `ours` in milliseconds.
+double median(int rounds, const Work& ours);
+
+/// Whether every line so far kept its budget.
+bool withinBudgets();
+
+/// Standard output of a program that must succeed.
+std::string run(const std::vector<std::string>& command);
+
+/// The most memory that the program had resident, in MiB.
+double peakMemory(const std::vector<std::string>& command);
+
+/// Ends the benchmark: a comparison of two things that don't agree says nothing.
+void requireSame(const std::string& what, const std::string& ours, const std::string& other);
+
+}  // namespace Measure
