@@ -7,8 +7,8 @@
 /// Reads of regular files that never wait: a FIFO, a socket, a device or a directory in a file's place is absent.
 namespace RegularFile {
 
-/// Files larger than this are not settings or credentials of any assistant.
-inline constexpr std::size_t largestWhole = 16 << 20;  // bytes
+/// Larger files are not settings or credentials of any assistant; parsed, they could take fifty times their size.
+inline constexpr std::size_t largestWhole = 1 << 20;  // bytes
 
 /// The whole file; absent if it is missing, unreadable, not a regular file or larger than `largestWhole`.
 std::optional<std::string> contents(const std::string& path);

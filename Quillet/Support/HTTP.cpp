@@ -28,7 +28,7 @@ using Seconds = std::chrono::duration<double>;
 constexpr Seconds grace{2};                    // beyond the caller's time-out
 constexpr std::chrono::hours longestPoll{24};  // while nothing is on its way
 constexpr double longestTimeout = 3600;        // seconds
-constexpr std::size_t largestBody = 16 << 20;  // bytes
+constexpr std::size_t largestBody = 1 << 20;   // bytes
 
 /// Where a transfer leaves its result for the caller, who may have stopped waiting by then.
 class Slot {
@@ -265,6 +265,9 @@ void Session::finish(CURL* handle, CURLcode code) {
 /// The process's session, made at the first request: programs that need no network never start its thread.
 class SharedSession {
 public:
+    // libcurl starts before this object is complete, so that at exit the session ends before its TLS library does.
+    SharedSession() { curl_global_init(CURL_GLOBAL_DEFAULT); }
+
     std::shared_ptr<Session> get() {
         const std::lock_guard guard(lock);
         if (!session) session = std::make_shared<Session>(transport);
