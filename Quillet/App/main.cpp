@@ -1,4 +1,8 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <string_view>
 #include <vector>
@@ -23,9 +27,20 @@ bool needsDesktop(std::string_view command) {
     return std::ranges::find(commands, command) != std::end(commands);
 }
 
+/// A report that nobody reads is no failure, and what is opened later must not take the place of a closed standard
+/// stream, or a message could end up there.
+void settleStandardStreams() {
+    signal(SIGPIPE, SIG_IGN);
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDWR);
+    if (descriptor > STDERR_FILENO) close(descriptor);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    settleStandardStreams();
     const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
     const std::string_view command = arguments.empty() ? "watch" : arguments.front();
 

@@ -3,6 +3,7 @@
 #include "Providers/OpenCodeProvider.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -31,14 +32,25 @@ constexpr const char* tokenSum =
 using Database = std::unique_ptr<sqlite3, decltype([](sqlite3* database) { sqlite3_close_v2(database); })>;
 using Statement = std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* s) { sqlite3_finalize(s); })>;
 
-// Counting the memory in use costs a lock for every row's JSON. Only before SQLite's first use can it be told not
-// to.
-[[maybe_unused]] const int memoryUncounted = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+int leaveOwner(int, uid_t, gid_t) {
+    return 0;
+}
+
+/// Settled before SQLite's first use. Counting the memory in use would cost a lock for every row's JSON; and run
+/// by root, SQLite would give a database's companions the owner of the database.
+void prepareLibrary() {
+    [[maybe_unused]] static const bool prepared = [] {
+        sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+        sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
+        return files->xSetSystemCall(files, "fchown", reinterpret_cast<sqlite3_syscall_ptr>(leaveOwner)) ==
+               SQLITE_OK;
+    }();
+}
 
 Database open(const std::string& path, const char* mode) {
     std::string escaped = Text::replacing(path, "%", "%25");
     escaped = Text::replacing(Text::replacing(escaped, "?", "%3f"), "#", "%23");
-    const std::string uri = "file:" + escaped + "?" + mode;
+    const std::string uri = "file://" + escaped + "?" + mode;
 
     sqlite3* handle = nullptr;
     const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI;
@@ -58,23 +70,35 @@ bool usesWriteAheadLog(sqlite3* database) {
     return read && versions[0] == 2 && versions[1] == 2;
 }
 
-bool isMissingOrEmpty(const std::string& path) {
+struct Companion {
+    bool exists;
+    bool usable;  // opening anything but a regular file could wait for ever
+    bool empty;
+};
+
+Companion companion(const std::string& path) {
     std::error_code error;
-    const auto size = std::filesystem::file_size(path, error);
-    return error || size == 0;
+    const auto status = std::filesystem::status(path, error);
+    const bool exists = std::filesystem::exists(status);
+    const bool regular = std::filesystem::is_regular_file(status);
+    return {exists, !exists || regular, !regular || std::filesystem::file_size(path, error) == 0};
 }
 
-/// Even over a read-only connection, SQLite would create the write-ahead log and its index beside a database that
-/// nobody has open, and write read marks into an index that is there. So an index is only read as it stands, and
-/// without log and index the database is complete in itself.
+/// Even over a read-only connection, SQLite would create the write-ahead log and its index where they are missing,
+/// and write read marks into an index that is there. So an index is only read as it stands, and a database without
+/// a log, or with an empty one that nobody has open, is read as complete in itself.
 Database openForReading(const std::string& path) {
-    std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored))
-        return nullptr;  // opening a FIFO would wait for a writer
-    Database database = open(path, "readonly_shm=1");
-    const bool complete = !LocalFiles::exists(path + "-shm") && isMissingOrEmpty(path + "-wal");
-    return database && complete && usesWriteAheadLog(database.get()) ? open(path, "immutable=1")
-                                                                     : std::move(database);
+    prepareLibrary();
+    const Companion database = companion(path);
+    const Companion log = companion(path + "-wal");
+    const Companion index = companion(path + "-shm");
+    const Companion journal = companion(path + "-journal");
+    if (!database.exists || !database.usable || !log.usable || !index.usable || !journal.usable) return nullptr;
+
+    Database connection = open(path, "readonly_shm=1");
+    const bool complete = !log.exists || (log.empty && !index.exists);
+    const bool standsAlone = connection && complete && usesWriteAheadLog(connection.get());
+    return standsAlone ? open(path, "immutable=1") : std::move(connection);
 }
 
 }  // namespace

@@ -13,14 +13,20 @@
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 
 namespace {
 
-// libcurl would write each connection's keys to the file that this variable names. It reads it once, at its own
-// start; the environment can only be changed safely before there are threads.
-[[maybe_unused]] const int keyLogUnset = unsetenv("SSLKEYLOGFILE");
+// libcurl would write each connection's keys to the file that the first of these names, and its TLS library would
+// load what the others name. They are read at those libraries' start; the environment can only be changed safely
+// before there are threads.
+[[maybe_unused]] const bool environmentCleared = [] {
+    for (const char* name : {"SSLKEYLOGFILE", "OPENSSL_CONF", "OPENSSL_MODULES", "OPENSSL_ENGINES"})
+        unsetenv(name);
+    return true;
+}();
 
 using Monotonic = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
@@ -111,9 +117,11 @@ Monotonic::duration monotonic(Seconds seconds) {
 Transfer::Transfer(const std::string& url, const HTTP::Headers& fields, Seconds standstill,
                    const HTTP::Transport& transport, std::shared_ptr<Slot> resultSlot)
     : timeout(monotonic(standstill)), slot(std::move(resultSlot)) {
-    // A field without a value is written with a semicolon; with a colon it would be left out.
-    for (const auto& [name, value] : fields)
-        append(headers, value.empty() ? name + ";" : name + ": " + value);
+    // A field without a value is written with a semicolon; with a colon libcurl would leave it out.
+    for (const auto& [name, value] : fields) {
+        const bool blank = value.find_first_not_of(" \t") == std::string::npos;
+        append(headers, blank ? name + ";" : name + ": " + value);
+    }
     for (const auto& row : transport.connectTo)
         append(connectTo, row);
 
@@ -130,7 +138,6 @@ Transfer::Transfer(const std::string& url, const HTTP::Headers& fields, Seconds 
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(handle, CURLOPT_MAXREDIRS, 10L);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "https");
-    curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, "https");
 
     // Given explicitly, so that of all the proxy variables only these count; libcurl reads no_proxy itself.
     const std::string proxy = environment("https_proxy");
@@ -179,14 +186,26 @@ private:
     std::thread thread;
 };
 
+/// Threads started in its scope leave every signal to the main thread; a broken connection raises no SIGPIPE
+/// either.
+class SignalsBlocked {
+public:
+    SignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+    SignalsBlocked(const SignalsBlocked&) = delete;
+    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+private:
+    sigset_t before{};
+};
+
 Session::Session(HTTP::Transport chosen) : transport(std::move(chosen)), multi(curl_multi_init()) {
-    // Signals are for the main thread; a broken connection must not raise SIGPIPE either.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const SignalsBlocked blocked;
     thread = std::thread([this] { drive(); });
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 Session::~Session() {
@@ -265,31 +284,54 @@ void Session::finish(CURL* handle, CURLcode code) {
 /// The process's session, made at the first request: programs that need no network never start its thread.
 class SharedSession {
 public:
-    // libcurl starts before this object is complete, so that at exit the session ends before its TLS library does.
-    SharedSession() { curl_global_init(CURL_GLOBAL_DEFAULT); }
-
+    /// Absent once it was shut down.
     std::shared_ptr<Session> get() {
         const std::lock_guard guard(lock);
-        if (!session) session = std::make_shared<Session>(transport);
+        if (!session && !closed) session = std::make_shared<Session>(transport);
         return session;
     }
 
     void restart(HTTP::Transport next) {
-        std::shared_ptr<Session> ended;
+        const auto ended = end();
         const std::lock_guard guard(lock);
-        ended = std::exchange(session, nullptr);
         transport = std::move(next);
+        closed = false;
     }
 
+    void shutDown() { const auto ended = end(); }
+
 private:
+    /// The session that ran, for the caller to let go of without the lock.
+    std::shared_ptr<Session> end() {
+        const std::lock_guard guard(lock);
+        closed = true;
+        return std::exchange(session, nullptr);
+    }
+
     std::mutex lock;
     HTTP::Transport transport;
     std::shared_ptr<Session> session;
+    bool closed = false;
 };
 
+/// Never destroyed, as a thread may still ask for it while the process exits. The session in it ends at exit:
+/// after libcurl's start was asked for, so before the TLS library's own end.
 SharedSession& sharedSession() {
-    static SharedSession shared;
-    return shared;
+    static SharedSession* const shared = [] {
+        curl_global_init(CURL_GLOBAL_DEFAULT);
+        std::atexit(HTTP::shutDown);
+        return new SharedSession;
+    }();
+    return *shared;
+}
+
+/// False when there is no session to start it, which is so at the process's end or where no thread can be made.
+bool start(const std::string& url, const HTTP::Headers& headers, Seconds timeout, std::shared_ptr<Slot> slot) try {
+    const auto session = sharedSession().get();
+    if (session) session->start(url, headers, timeout, std::move(slot));
+    return session != nullptr;
+} catch (const std::system_error&) {
+    return false;
 }
 
 bool isSafe(const std::string& text) {
@@ -305,10 +347,13 @@ std::optional<HTTP::Response> HTTP::get(const std::string& url, const Headers& h
     const Seconds bounded(timeout > 0 ? std::min(timeout, longestTimeout) : 0);
     const auto deadline = Monotonic::now() + monotonic(bounded + grace);
     const auto slot = std::make_shared<Slot>();
-    sharedSession().get()->start(url, headers, bounded, slot);
-    return slot->wait(deadline);
+    return start(url, headers, bounded, slot) ? slot->wait(deadline) : std::nullopt;
 }
 
 void HTTP::restart(Transport transport) {
     sharedSession().restart(std::move(transport));
+}
+
+void HTTP::shutDown() {
+    sharedSession().shutDown();
 }

@@ -30,6 +30,10 @@ using Headers = std::map<std::string, std::string, FieldOrder>;
 /// is. Callable from several threads at once, never from the user interface's.
 std::optional<Response> get(const std::string& url, const Headers& headers, double timeout);
 
+/// Ends the session for good, as the program ends: calls still waiting return absent at once, later ones don't
+/// start.
+void shutDown();
+
 /// What the session trusts and where it connects.
 struct Transport {
     std::string certificates;            ///< PEM file of authorities; empty: the system's bundle.

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
@@ -80,12 +81,22 @@ std::optional<std::vector<JSONObject>> JSONObject::objects(const char* key) cons
 
 namespace {
 
+/// Also escapes the controls that JSON lets stand, DEL and U+0080 to U+009F (in UTF-8 C2 80 to C2 9F): the
+/// document may be printed on a terminal.
 std::string quoted(const std::string& text) {
-    const std::string raw = json(text).dump(-1, ' ', false, json::error_handler_t::replace);
     std::string escaped;
-    for (const char c : raw) {
-        if (c == '/') escaped += '\\';
-        escaped += c;
+    for (const char c : json(text).dump(-1, ' ', false, json::error_handler_t::replace)) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool isControl = byte >= 0x80 && byte < 0xA0 && escaped.ends_with('\xC2');
+        if (isControl) escaped.pop_back();
+        if (isControl || byte == 0x7F) {
+            char code[8];
+            std::snprintf(code, sizeof code, "\\u%04x", byte);
+            escaped += code;
+        } else {
+            if (c == '/') escaped += '\\';
+            escaped += c;
+        }
     }
     return escaped;
 }

@@ -78,6 +78,7 @@ void LocalFiles::forEachFile(const std::string& directory, Hidden hidden,
     while (!waiting.empty()) {
         const std::string path = std::move(waiting.back());
         waiting.pop_back();
+        // A folder that became a link after its name was read is not followed either.
         const Folder folder = openFolder(path, std::exchange(linkFlag, O_NOFOLLOW));
         if (!folder) continue;
 
