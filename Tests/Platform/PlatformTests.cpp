@@ -15,9 +15,8 @@ TEST(HomeDirectory, ARelativeOrEmptyHomeIsReplacedByThePasswordDatabase) {
 }
 
 TEST(Clock, ADayStartsAtItsFirstMomentAlsoWhereMidnightIsSkippedOrRepeated) {
-    const char* brazil =
-        "BRT3BRST,M10.3.0/0,M2.3.0/0";                // forwards at 0:00, back at 0:00 to 23:00 of the day before
-    const char* cuba = "CST5CDT,M3.2.0/0,M11.1.0/1";  // back at 1:00 to 0:00
+    // Brazil goes forwards at 0:00 and back at 0:00 to 23:00 of the day before, Cuba back at 1:00 to 0:00.
+    const char *brazil = "BRT3BRST,M10.3.0/0,M2.3.0/0", *cuba = "CST5CDT,M3.2.0/0,M11.1.0/1";
     const std::tuple<const char*, double, double> cases[] = {{"UTC0", 86399.9, 0},
                                                              {"UTC0", -0.5, -86400},
                                                              {brazil, 1540125000, 1540090800},

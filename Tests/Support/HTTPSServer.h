@@ -1,13 +1,7 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <map>
-#include <nlohmann/json.hpp>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "Support/HTTP.h"
 #include "Tests/Support/TemporaryHome.h"
@@ -17,8 +11,7 @@ class HTTPSServer {
 public:
     HTTPSServer() {
         std::filesystem::create_directories(directory);
-        const auto command = "'" HTTPS_SERVER "' '" + directory + "' > '" + directory + "/ports'";
-        process = popen(command.c_str(), "we");
+        process = popen(("https-server '" + directory + "' > '" + directory + "/ports'").c_str(), "we");
         for (int i = 0; i < 3000 && mutePort.empty(); i++) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
             std::ifstream(directory + "/ports") >> port >> mutePort;
@@ -42,32 +35,30 @@ public:
     /// Has requests for `path` answered by `reply` from now on; the keys are in Support/https-server.
     void reply(std::string path, const nlohmann::json& reply) const {
         std::ranges::replace(path, '/', '_');
-        std::ofstream(directory + "/new") << reply;
-        std::filesystem::rename(directory + "/new", directory + "/replies/" + path + ".json");
+        std::ofstream(directory + "/" + path) << reply;
+        std::filesystem::rename(directory + "/" + path, directory + "/replies/" + path + ".json");
     }
 
-    /// The requests so far; with a method only those.
-    std::vector<nlohmann::json> requests(const std::string& method = "") const {
-        std::vector<nlohmann::json> all;
-        std::ifstream log(directory + "/requests.jsonl");
-        for (std::string line; std::getline(log, line);)
-            all.push_back(nlohmann::json::parse(line));
-        if (!method.empty()) std::erase_if(all, [&](const auto& request) { return request["method"] != method; });
-        return all;
+    void prepare(const nlohmann::json& step) const {
+        const auto replies = step.value("replies", nlohmann::json::object());
+        for (const auto& [path, each] : replies.items())
+            reply(path, each);
     }
 
-    /// The fields of the last request but for its host, as [name, value] rows sorted by name.
-    nlohmann::json lastFields() const {
-        const auto all = requests();
-        std::vector<nlohmann::json> fields;
-        if (!all.empty()) fields = all.back()["headers"].get<std::vector<nlohmann::json>>();
-        std::erase_if(fields, [](const auto& field) { return field[0] == "Host"; });
-        std::ranges::sort(fields);
-        return fields;
+    /// What has come so far; the keys are in Support/https-server.
+    nlohmann::json seen() const { return nlohmann::json::parse(std::ifstream(directory + "/seen.json")); }
+
+    /// What of that is not as the step says; null if all is.
+    nlohmann::json amiss(const nlohmann::json& step) const {
+        nlohmann::json different;
+        const auto all = seen();
+        for (const auto& [key, value] : all.items())
+            if (step.value(key, value) != value) different[key] = value;
+        return different;
     }
 
 private:
-    const std::string directory = TemporaryHome::path() + ".server";
+    const std::string directory = TemporaryHome::beside("server");
     FILE* process = nullptr;
     std::string port, mutePort;
 };

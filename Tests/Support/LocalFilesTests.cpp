@@ -1,13 +1,34 @@
 #include "Support/LocalFiles.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "Platform/RegularFile.h"
 #include "Tests/Support/TemporaryHome.h"
 
 namespace fs = std::filesystem;
+
+namespace {
+
+/// What a folder holds, in the order in which a walk meets it.
+std::vector<fs::path> entries(const std::string& folder) {
+    std::vector<fs::path> all;
+    for (const auto& entry : fs::directory_iterator(folder))
+        all.push_back(entry.path());
+    return all;
+}
+
+/// How many files a walk visits when something happens at the first one, of which it is told the folder.
+int countFiles(const std::function<void(const std::string&)>& atFirst) {
+    int visits = 0;
+    LocalFiles::forEachFile(
+        TemporaryHome::path(), LocalFiles::Hidden::skip, [](auto) { return true; },
+        [&](const std::string& folder, auto*, Instant) {
+            if (visits++ == 0) atFirst(folder);
+        });
+    return visits;
+}
+
+}  // namespace
 
 TEST(NewestFile, OnlyVisibleRegularFilesWithTheSuffixCount) {
     TemporaryHome home;
@@ -25,33 +46,28 @@ TEST(NewestFile, OnlyVisibleRegularFilesWithTheSuffixCount) {
     EXPECT_EQ(LocalFiles::newestFile("~/.tool/logs", ".jsonl"), logs + "\xFF/\xFE.jsonl");
 }
 
-TEST(NewestFile, GoesTwoThousandFoldersDeepAndOverUnreadableOnes) {
+TEST(ForEachFile, GoesOnPastWhatIsClosedOrVanishes) {
     TemporaryHome home;
-    chmod(home.path().c_str(), 0755);
-    chmod(fs::path(home.write("closed/a.jsonl", "")).parent_path().c_str(), 0);
-    std::string path = home.path();
-    for (int depth = 0; depth < 2000; ++depth)
-        ASSERT_EQ(mkdir((path += "/d").c_str(), 0755), 0);
-    fs::create_hard_link(home.write("x", ""), path + "/a.jsonl");
-    ASSERT_EQ(seteuid(getuid() == 0 ? 65534 : getuid()), 0);  // permissions don't bind root
-    EXPECT_EQ(LocalFiles::newestFile("~", ".jsonl"), path + "/a.jsonl");
-    ASSERT_EQ(seteuid(getuid()), 0);
-    fs::remove(path + "/a.jsonl");
-    for (; path != home.path(); path.resize(path.size() - 2))
-        fs::remove(path);
-}
+    for (int i = 0; i < 25; i++)  // five folders of five logs each
+        home.write(std::to_string(i / 5) + "/" + std::to_string(i % 5) + ".log", "", 1000);
+    EXPECT_EQ(LocalFiles::newestFile("~/3", ".log"), entries(home.at("3")).front()) << "the first of equals";
 
-TEST(ForEachFile, GoesOnWhenFoldersVanish) {
-    TemporaryHome home;
-    for (const char* path : {"a/1.log", "a/a/1.log", "b/1.log", "b/b/1.log"})
-        home.write(path, "");
-    int visits = 0;
-    const auto visit = [&](auto&, auto*, Instant) {
-        visits += fs::remove_all(home.at("a")) + fs::remove_all(home.at("b")) > 0;
+    const auto folders = entries(home.path());
+    const auto setMode = [&](mode_t mode) {
+        for (const int i : {0, 2, 4})
+            chmod(folders[i].c_str(), mode);
+        return seteuid(mode || getuid() ? getuid() : 65534);  // permissions don't bind root
     };
-    LocalFiles::forEachFile(
-        home.path(), LocalFiles::Hidden::skip, [](auto) { return true; }, visit);
-    EXPECT_EQ(visits, 1);
+    ASSERT_EQ(setMode(0), 0);
+    EXPECT_EQ(countFiles([](auto&) {}), 10);
+    ASSERT_EQ(seteuid(getuid()) + setMode(0700), 0);
+
+    const auto thin = [](const std::string& folder) {
+        const auto all = entries(folder);
+        std::for_each(all.begin() + 1, all.end() - 1, [](auto& path) { fs::remove_all(path); });
+    };
+    const int visits = countFiles([&](const std::string& folder) { thin(folder), thin(home.path()); });
+    EXPECT_EQ(visits, 2 + 5) << "the first and the last file of the first folder, then the last folder";
 }
 
 TEST(Tail, IsValidTextOfARegularFileFromTheCutOn) {
@@ -62,16 +78,23 @@ TEST(Tail, IsValidTextOfARegularFileFromTheCutOn) {
                   text.substr(text.size() > 4 ? text.size() - 4 : 0));
     for (const char* text : {"\xE2\x80\x94xx", "xxx\xE2\x80", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
         EXPECT_EQ(LocalFiles::tail(home.write("log", text), 4), std::nullopt) << text;
-    fs::resize_file(home.at("log"), 1L << 31);
-    EXPECT_EQ(LocalFiles::tail(home.at("log"), 2), "\0\0"s);
-    EXPECT_EQ(RegularFile::contents(home.at("log")), std::nullopt) << "2 GiB are no settings";
+    for (std::size_t i = 0; i < 18; i++)
+        EXPECT_FALSE(LocalFiles::tail(home.write("log", std::string(40, 'a').replace(i, 1, "\xFF")), 99)) << i;
+}
 
-    ASSERT_EQ(mkfifo(home.at("fifo").c_str(), 0666), 0);
-    fs::create_symlink(home.at("loop"), home.at("loop"));
+TEST(Tail, OfAnythingButARegularFileIsAbsentAtOnce) {
+    TemporaryHome home;
+    const auto path = home.write("log", "");
+    fs::resize_file(path, 1L << 31);
+    EXPECT_EQ(LocalFiles::tail(path, 2), std::string(2, '\0'));
+    EXPECT_EQ(RegularFile::contents(path), std::nullopt) << "2 GiB are no settings";
+    EXPECT_EQ(home.shell("mkfifo fifo; ln -s loop loop"), 0);
     const int descriptor = dup(0);
     close(descriptor);
     alarm(5);  // a FIFO must not be waited for
-    for (const auto& path : {home.at("fifo"), home.at("loop"), home.path(), home.at("none"), "/dev/zero"s})
-        EXPECT_FALSE(LocalFiles::tail(path, 100) || RegularFile::contents(path)) << path;
+    for (const char* name : {"fifo", "loop", ".", "none", "../../../../../../../../dev/zero"})
+        EXPECT_FALSE(LocalFiles::tail(home.at(name), 100) || RegularFile::contents(home.at(name))) << name;
+    alarm(0);
     EXPECT_EQ(dup(0), descriptor) << "a file is left open";
+    close(descriptor);
 }
