@@ -17,7 +17,7 @@ std::string UsageFormat::percentText(std::optional<double> percent) {
 
 std::string UsageFormat::resetText(Instant date) {
     const double seconds = date - Clock::now();
-    if (!(seconds > 0)) return "now";
+    if (!(seconds > 0)) return now;
     if (!(seconds < int64Limit)) return unknown;
 
     const auto minutes = static_cast<std::int64_t>(seconds / 60);

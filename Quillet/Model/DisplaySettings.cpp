@@ -1,0 +1,47 @@
+#include "Model/DisplaySettings.h"
+
+#include "Platform/UserDefaults.h"
+
+namespace {
+
+constexpr const char* key = "enabledSurfaces";
+
+}  // namespace
+
+std::string_view DisplaySurface::rawValue() const {
+    switch (value) {
+    case menuBar:
+        return "menuBar";
+    case floatingBar:
+        return "floatingBar";
+    case touchBar:
+        return "touchBar";
+    }
+    return {};
+}
+
+std::optional<DisplaySurface> DisplaySurface::fromRawValue(std::string_view text) {
+    for (const DisplaySurface surface : allCases()) {
+        if (surface.rawValue() == text) return surface;
+    }
+    return std::nullopt;
+}
+
+DisplaySettings DisplaySettings::load(bool hasTouchBar) {
+    DisplaySettings settings;
+    for (const std::string& text : UserDefaults::textArray(key).value_or(std::vector<std::string>())) {
+        if (const auto surface = DisplaySurface::fromRawValue(text)) settings.surfaces.insert(*surface);
+    }
+    if (settings.surfaces.empty()) {
+        settings.surfaces = {DisplaySurface::menuBar,
+                             hasTouchBar ? DisplaySurface::touchBar : DisplaySurface::floatingBar};
+    }
+    return settings;
+}
+
+void DisplaySettings::save() const {
+    std::vector<std::string> stored;
+    for (const DisplaySurface surface : surfaces)
+        stored.emplace_back(surface.rawValue());
+    UserDefaults::setTextArray(key, stored);
+}

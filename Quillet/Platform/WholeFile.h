@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// Files that are there whole or not at all, whenever the program ends.
+namespace WholeFile {
+
+/// Replaces what is at `path`, a link itself and not what it leads to, through a temporary file beside it. False
+/// if that failed; then nothing has changed and no temporary file is left.
+bool write(const std::string& path, std::string_view bytes);
+
+}  // namespace WholeFile

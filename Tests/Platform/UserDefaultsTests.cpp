@@ -1,0 +1,91 @@
+#include "Platform/UserDefaults.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include "Platform/WholeFile.h"
+#include "Tests/Support/Fixture.h"
+#include "Tests/Support/TemporaryHome.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+constexpr auto file = ".config/quillet/defaults.json";
+
+/// The contents of the folder's files, sorted; a link's are its own path.
+std::vector<std::string> folder(const std::string& path) {
+    std::vector<std::string> texts;
+    for (const auto& entry : fs::directory_iterator(path))
+        texts.push_back(entry.is_symlink() ? entry.path().string() : textOf(entry.path()));
+    std::ranges::sort(texts);
+    return texts;
+}
+
+}  // namespace
+
+TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
+    for (const auto& row :
+         fixture("tables/user-defaults")) {  // stored, array "a", text "a", stored once "b" is "x", set aside
+        SCOPED_TRACE(row[0].dump().substr(0, 99));
+        const TemporaryHome home;
+        std::string text = row[0];
+        if (text == "large") text.assign(2 << 20, ' ');
+        if (text == "deep") text = "{\"a\":" + std::string(200'000, '[') + std::string(200'000, ']') + "}";
+        const auto target = TemporaryHome::write("elsewhere.json", text), path = TemporaryHome::write(file, "");
+        fs::remove(path);
+        fs::create_symlink(target, path);  // read through, but replaced
+        const auto array = UserDefaults::textArray("a");
+        EXPECT_EQ(array ? json(*array) : json(), row[1]);
+        EXPECT_EQ(orNull(UserDefaults::text("a")), row[2]);
+        UserDefaults::setText("b", "x");
+        EXPECT_EQ(textOf(target), text) << "changed through the link";
+        EXPECT_FALSE(fs::is_symlink(path));
+        EXPECT_EQ(json::parse(textOf(path), nullptr, false), row[3]);
+        EXPECT_EQ(folder(fs::path(path).parent_path()).size(), row[4] ? 2 : 1);
+    }
+    const TemporaryHome home;
+    UserDefaults::setTextArray("a", {"é", "\xFF"});
+    EXPECT_EQ(UserDefaults::textArray("a"), (std::vector<std::string>{"é", "\uFFFD"}));
+}
+
+TEST(WholeFile, AFailedWriteLeavesWhatWasThere) {
+    const TemporaryHome home;
+    const auto path = TemporaryHome::write("file", "old"), longest = TemporaryHome::at(std::string(255, 'x'));
+    EXPECT_TRUE(WholeFile::write(longest, "x")) << "the longest name that a file may have";
+    fs::remove(longest);
+    for (const auto& bad : {TemporaryHome::at("none/file"), TemporaryHome::path(), path + "/file", std::string(),
+                            std::string("/proc/file")})
+        EXPECT_FALSE(WholeFile::write(bad, "new")) << bad;
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const auto usual = std::exchange(limit.rlim_cur, 10);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_FALSE(WholeFile::write(path, "more than fits"));
+    limit.rlim_cur = usual;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(folder(TemporaryHome::path()), std::vector<std::string>{"old"});
+}
+
+TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
+    const TemporaryHome home;
+    const std::vector<std::string> values[] = {{std::string(50'000, 'a')}, {std::string(90'000, 'b')}};
+    UserDefaults::setTextArray("a", values[0]);
+    int saved = 0;
+    for (unsigned i = 0; i < 50; ++i) {
+        const pid_t child = fork();
+        for (int j = 1; child == 0; ++j)
+            UserDefaults::setTextArray("a", values[j % 2]);
+        usleep(i * 1397 % 40000);
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        const auto found = UserDefaults::textArray("a");
+        ASSERT_TRUE(found == values[0] || found == values[1]) << i;
+        saved += found == values[1];
+    }
+    EXPECT_GT(saved, 0) << "no process came to save anything";
+}
