@@ -1,9 +1,11 @@
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -22,8 +24,10 @@ constexpr const char* usage =
     "  preview [--out FILE]  render the strip to a PNG\n"
     "  version        print the version\n";
 
-bool needsDesktop(std::string_view command) {
-    constexpr std::string_view commands[] = {"watch", "preview", "panel", "menubar"};
+using Arguments = std::vector<std::string>;
+
+bool drawsPicture(std::string_view command) {
+    constexpr std::string_view commands[] = {"preview", "panel", "menubar"};
     return std::ranges::find(commands, command) != std::end(commands);
 }
 
@@ -37,17 +41,38 @@ void settleStandardStreams() {
     if (descriptor > STDERR_FILENO) close(descriptor);
 }
 
+std::string outPath(const Arguments& arguments) {
+    const auto option = std::ranges::find(arguments, "--out");
+    const bool given = option != arguments.end() && option + 1 != arguments.end();
+    return given ? *(option + 1) : "/tmp/quillet-" + arguments.front() + ".png";
+}
+
+/// Only these commands load the module, so that the others neither need the toolkit nor wait for it.
+void drawPicture(const Arguments& arguments) {
+    // Found through the run path, beside the executable or where it was installed.
+    void* module = dlopen("libquillet-desktop.so", RTLD_NOW | RTLD_LOCAL);
+    using Draw = void (*)(const char* command, const char* outPath);
+    const auto draw = module ? reinterpret_cast<Draw>(dlsym(module, "quilletPicture")) : nullptr;
+    if (!draw) {
+        std::fputs("quillet: the desktop half is not installed\n", stderr);
+        return;
+    }
+    draw(arguments.front().c_str(), outPath(arguments).c_str());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     settleStandardStreams();
-    const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
-    const std::string_view command = arguments.empty() ? "watch" : arguments.front();
+    const Arguments arguments(argv + std::min(argc, 1), argv + argc);
+    const std::string command = arguments.empty() ? "watch" : arguments.front();
 
     if (command == "status") {
         CLI::status(std::ranges::find(arguments, "--json") != arguments.end());
-    } else if (needsDesktop(command)) {
-        std::fputs("quillet: the desktop half is not built yet\n", stderr);
+    } else if (drawsPicture(command)) {
+        drawPicture(arguments);
+    } else if (command == "watch") {
+        std::fputs("quillet: the desktop application is not built yet\n", stderr);
     } else if (command == "version" || command == "--version") {
         std::fputs(version, stdout);
     } else {

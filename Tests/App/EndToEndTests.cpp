@@ -42,8 +42,10 @@ protected:
     static std::pair<std::string, std::string> output(const std::string& command,
                                                       const std::string& environment = "") {
         const auto out = TemporaryHome::beside("out"), err = TemporaryHome::beside("err");
-        const auto given = "env -i https_proxy=http://127.0.0.1:1 HOME='" + TemporaryHome::path() + "' PATH='" +
-                           fs::path(QUILLET).parent_path().string() + ":" + getenv("PATH") + "' ";
+        const auto noon = std::to_string(time(nullptr) / 3600 % 24 - 12);  // no midnight comes between two runs
+        const auto given = "env -i TZ=AAA" + noon + " https_proxy=http://127.0.0.1:1 HOME='" +
+                           TemporaryHome::path() + "' PATH='" + fs::path(QUILLET).parent_path().string() + ":" +
+                           getenv("PATH") + "' ";
         const auto streams = " < /dev/null > " + out + " 2> " + err;
         EXPECT_EQ(TemporaryHome::shell(given + environment + " timeout -k 1 20 " + command + streams), 0)
             << textOf(err);

@@ -2,14 +2,18 @@
 # The Debian packages that each command needs. "a|b" is satisfied by either and installs the first.
 runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nlohmann-json3-dev libsqlite3-dev
     libutfcpp-dev ca-certificates)
-testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 openssl)
-benchPackages=("${runPackages[@]}" python3 openssl sqlite3 curl findutils grep)
+desktopPackages=("${runPackages[@]}" qt6-base-dev libgl-dev fonts-inter)
+testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl)
+demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
+benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep)
 fuzzPackages=("${runPackages[@]}" clang libclang-rt-dev)
 formatPackages=(clang-format)
 
 # What they must have put on the search path.
 runPrograms=(c++ cmake ninja)
+desktopPrograms=("${runPrograms[@]}")
 testPrograms=("${runPrograms[@]}" python3 openssl)
+demoPrograms=("${testPrograms[@]}" unshare mount)
 benchPrograms=("${testPrograms[@]}" sqlite3 curl find grep)
 fuzzPrograms=("${runPrograms[@]}" clang++)
 formatPrograms=(clang-format)

@@ -1,0 +1,41 @@
+// The desktop half's door: what the entry point looks up in the module.
+#include <QApplication>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "CLI/Previews.h"
+
+extern char** environ;
+
+namespace {
+
+/// Pictures must look alike everywhere, so of all that the user's desktop or environment could ask of the toolkit
+/// (scale factors, font resolution, styles, themes, fonts of its own, logging) nothing may reach it.
+void isolateToolkit() {
+    std::vector<std::string> names{"XDG_CURRENT_DESKTOP"};
+    for (char** variable = environ; *variable; ++variable) {
+        const std::string_view text(*variable);
+        if (text.starts_with("QT_") || text.starts_with("FONTCONFIG_"))
+            names.emplace_back(text.substr(0, text.find('=')));
+    }
+    for (const std::string& name : names)
+        unsetenv(name.c_str());
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    QApplication::setDesktopSettingsAware(false);
+}
+
+}  // namespace
+
+extern "C" Q_DECL_EXPORT void quilletPicture(const char* command, const char* outPath) {
+    isolateToolkit();
+    int count = 1;
+    char name[] = "quillet";
+    char* arguments[] = {name, nullptr};
+    const QApplication application(count, arguments);
+    const std::string_view picture(command);
+    if (picture == "preview") CLI::preview(outPath);
+    if (picture == "panel") CLI::panel(outPath);
+    if (picture == "menubar") CLI::menubar(outPath);
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Desktop/Geometry.h"
+
+class QPainter;
+class QTextLayout;
+
+enum class FontWeight { regular = 400, medium = 500, semibold = 600, bold = 700, heavy = 800 };
+
+struct TextStyle {
+    double size = 0;  ///< Points.
+    FontWeight weight = FontWeight::regular;
+    double kern = 0;             ///< Points of extra space after each character.
+    bool tabularDigits = false;  ///< Digits of equal width.
+};
+
+/// One line of text, laid out once: what is measured is what is drawn, the same on every machine and screen. Line
+/// breaks and other control characters take the place of a space. Needs the application object.
+class TextLine {
+public:
+    TextLine(const std::string& text, const TextStyle& style);
+    ~TextLine();
+    TextLine(TextLine&&) noexcept;
+    TextLine& operator=(TextLine&&) noexcept;
+
+    double width() const;
+    double height() const;  ///< Of the line box: ascent and descent.
+
+    void draw(QPainter& painter, double x, double top) const;  ///< In the painter's coordinates and pen.
+
+private:
+    std::unique_ptr<QTextLayout> layout;
+};

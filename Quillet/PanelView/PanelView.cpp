@@ -1,0 +1,164 @@
+#include "PanelView/PanelView.h"
+
+#include <QDateTime>
+#include <QPainter>
+#include <algorithm>
+
+#include "PanelView/StatusMessage.h"
+#include "Platform/Clock.h"
+#include "Rendering/ModelTag.h"
+#include "Rendering/Palette.h"
+#include "Rendering/ProviderChip.h"
+#include "Rendering/StatusDot.h"
+#include "Rendering/UsageGauge.h"
+
+namespace {
+
+constexpr struct {
+    double width = 392;
+    double header = 36;
+    double row = 64;
+    double bottom = 112;
+    double margin = 16;
+    Color background{0.043, 0.043, 0.07};
+    double hairline = 0.5;
+    double dividerAlpha = 0.07;
+    double controlsDividerY = 110;
+} panel;
+
+constexpr struct {
+    TextStyle title{12.5, FontWeight::bold, 2};
+    double titleDrop = 25;  // below the top edge
+    TextStyle time{9.5, FontWeight::regular};
+    double timeDrop = 23;
+    double timeAlpha = 0.35;
+} header;
+
+constexpr struct {
+    TextStyle font{8.5, FontWeight::semibold, 1.5};
+    double alpha = 0.4;
+    double showY = 84;
+    double whereY = 45;
+} sectionLabel;
+
+constexpr struct {
+    TextStyle font{9, FontWeight::semibold, 1.5};
+    double y = 11;
+    Color color{0.45, 0.75, 0.95, 0.7};
+} brand;
+
+// Heights count from the row's middle.
+constexpr struct {
+    double separatorAlpha = 0.05;
+    double chip = 30;
+    double textX = 56;
+    TextStyle name{13, FontWeight::semibold};
+    double nameY = 4;
+    double disconnectedName = 0.6;
+    double dotGap = 6;
+    double dotY = 9;
+    double dot = 6;
+    double dotGlowRadius = 3.5;
+    double disconnectedDot = 0.25;
+    double tagY = -14;
+    double gaugeX = 188;
+    double gaugeHeight = 16;
+    double upperGaugeY = 2;
+    double lowerGaugeY = -18;
+    TextStyle message{10.5, FontWeight::regular};
+    double messageY = -6;
+} row;
+
+bool isConnected(const PanelView::Entry& entry) {
+    return entry.snapshot && entry.snapshot->connected;
+}
+
+void drawNameAndDot(Canvas& canvas, const PanelView::Entry& entry, double midY) {
+    const bool connected = isConnected(entry);
+    const TextLine name(std::string(entry.provider.rawValue()), row.name);
+    canvas.draw(name, {row.textX, midY + row.nameY}, Color::white(connected ? 1 : row.disconnectedName));
+
+    const Rect dot{row.textX + name.width() + row.dotGap, midY + row.dotY, row.dot, row.dot};
+    const Color color = connected ? Palette::level(Palette::highestPercent(*entry.snapshot).value_or(0))
+                                  : Color::white(row.disconnectedDot);
+    StatusDot::draw(canvas, dot, color, row.dotGlowRadius);
+}
+
+void drawGauges(Canvas& canvas, const UsageSnapshot& snapshot, double midY, double width) {
+    const auto rect = [&](double y) { return Rect{row.gaugeX, midY + y, width, row.gaugeHeight}; };
+    UsageGauge(UsageGauge::panel, "5h", snapshot.dailyPercent, snapshot.dailyResetAt, rect(row.upperGaugeY))
+        .draw(canvas);
+    UsageGauge(UsageGauge::panel, "Wk", snapshot.weeklyPercent, snapshot.weeklyResetAt, rect(row.lowerGaugeY))
+        .draw(canvas);
+}
+
+void drawSectionLabel(Canvas& canvas, const char* text, double y) {
+    canvas.draw(TextLine(text, sectionLabel.font), {panel.margin, y}, Color::white(sectionLabel.alpha));
+}
+
+void drawFooterBrand(Canvas& canvas) {
+    canvas.draw(TextLine("BY ZENDRIK", brand.font), {panel.margin, brand.y}, brand.color);
+}
+
+}  // namespace
+
+void PanelView::update(std::vector<Entry> shown) {
+    entries = std::move(shown);
+    rebuildProviderButtons();
+    orderFocus();
+    const auto rows = static_cast<double>(std::max<std::size_t>(1, entries.size()));
+    setFixedSize(static_cast<int>(panel.width), static_cast<int>(panel.header + panel.row * rows + panel.bottom));
+    syncControlStates();
+    layoutControls();
+    QWidget::update();
+}
+
+void PanelView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    Canvas canvas(painter, height());
+    draw(canvas);
+}
+
+void PanelView::draw(Canvas& canvas) const {
+    canvas.fill({0, 0, double(width()), double(height())}, panel.background);
+    drawHeader(canvas);
+    double y = height() - panel.header;
+    for (const Entry& entry : entries)
+        drawRow(canvas, y -= panel.row, entry);
+    drawSectionDivider(canvas, panel.controlsDividerY);
+    drawSectionLabel(canvas, "SHOW", sectionLabel.showY);
+    drawSectionLabel(canvas, "WHERE", sectionLabel.whereY);
+    drawFooterBrand(canvas);
+}
+
+void PanelView::drawHeader(Canvas& canvas) const {
+    canvas.draw(TextLine("QUILLET", header.title), {panel.margin, height() - header.titleDrop}, Color::white());
+    const auto now = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(Clock::now()));
+    const TextLine time("updated " + now.toString(QStringLiteral("HH:mm")).toStdString(), header.time);
+    canvas.draw(time, {width() - panel.margin - time.width(), height() - header.timeDrop},
+                Color::white(header.timeAlpha));
+    drawSectionDivider(canvas, height() - panel.header);
+}
+
+void PanelView::drawSectionDivider(Canvas& canvas, double y) const {
+    canvas.fill({panel.margin, y, width() - 2 * panel.margin, panel.hairline}, Color::white(panel.dividerAlpha));
+}
+
+void PanelView::drawRow(Canvas& canvas, double y, const Entry& entry) const {
+    const double midY = y + panel.row / 2;
+    const bool connected = isConnected(entry);
+    canvas.fill({panel.margin, y + panel.row - panel.hairline, width() - 2 * panel.margin, panel.hairline},
+                Color::white(row.separatorAlpha));
+    ProviderChip::draw(canvas, entry.provider, {panel.margin, midY - row.chip / 2, row.chip, row.chip},
+                       !connected);
+    drawNameAndDot(canvas, entry, midY);
+    if (const auto tag = entry.snapshot ? ModelTag::of(*entry.snapshot, connected) : std::nullopt) {
+        tag->draw(canvas, ModelTag::panel, {row.textX, midY + row.tagY});
+    }
+    if (entry.snapshot && Palette::highestPercent(*entry.snapshot)) {
+        drawGauges(canvas, *entry.snapshot, midY, width() - panel.margin - row.gaugeX);
+    } else {
+        const StatusMessage message = StatusMessage::of(entry.provider, entry.snapshot);
+        canvas.draw(TextLine(message.text, row.message), {row.gaugeX, midY + row.messageY}, message.color);
+    }
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Desktop/Canvas.h"
+#include "Model/UsageSnapshot.h"
+
+/// Everything by which the tags of two surfaces differ; lengths in points.
+struct TagStyle {
+    TextStyle font;
+    double height;
+    double padding;
+    std::optional<double> longest;  ///< Where a longer text is cut off.
+    double radius;
+    double fillAlpha;
+    double lineAlpha;
+};
+
+/// A small outlined label with the model and effort in use or, in their place, the plan.
+struct ModelTag {
+    static const TagStyle strip;
+    static const TagStyle panel;
+
+    std::string text;
+    Color base;
+
+    /// Absent when the snapshot tells nothing to show. `showsPlan` is whether a plan may stand in for the model.
+    static std::optional<ModelTag> of(const UsageSnapshot& snapshot, bool showsPlan);
+
+    /// With its bottom-left corner at `origin`.
+    void draw(Canvas& canvas, const TagStyle& style, Point origin) const;
+};

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "Desktop/Canvas.h"
+#include "Model/Provider.h"
+
+/// A provider's badge: its initials on a rounded square of its accent colour.
+namespace ProviderChip {
+
+/// `dimmed` is the faded look of a provider that is not connected.
+void draw(Canvas& canvas, Provider provider, Rect rect, bool dimmed);
+
+}  // namespace ProviderChip

@@ -1,0 +1,116 @@
+#include "Rendering/StatusSummary.h"
+
+#include <algorithm>
+
+#include "Desktop/Picture.h"
+#include "Rendering/Palette.h"
+
+namespace {
+
+using StatusSummary::Piece;
+
+constexpr struct {
+    double height = 16;
+    double margin = 2;  // at both ends
+    double pieceWidth = 41;
+    double gap = 9;
+    Rect badge{0, 2.5, 16, 11};
+    double badgeRadius = 3;
+    double connectedAlpha = 0.95;
+    double disconnectedAlpha = 0.4;
+    TextStyle initials{7.5, FontWeight::heavy};
+    double initialsAlpha = 0.82;
+    Rect track{19, 5, 22, 6};
+    double trackRadius = 3;
+    double trackAlpha = 0.16;
+    double minimumBar = 6;
+    double lightening = 0.5;
+    double glowAlpha = 0.85;
+    double glowRadius = 2.5;
+    double dot = 3;
+    double dotAlpha = 0.3;
+} summary;
+
+constexpr struct {
+    double side = 22;
+    double barRadius = 1.3;
+    double glowAlpha = 0.9;
+    double glowRadius = 2.5;
+    Rect bars[5] = {
+        {1.5, 7, 2.6, 8}, {5.5, 5, 2.6, 12}, {9.5, 3, 2.6, 16}, {13.5, 5.5, 2.6, 11}, {17.5, 7.5, 2.6, 7}};
+} glyph;
+
+Piece piece(Provider provider, const UsageSnapshot* snapshot) {
+    Piece result{Palette::initials(provider), std::nullopt, Color::white(0.5), Palette::accent(provider),
+                 snapshot && snapshot->connected};
+    if (const auto percent = snapshot ? Palette::highestPercent(*snapshot) : std::nullopt) {
+        result.fill = Palette::filledShare(*percent);
+        result.color = Palette::level(*percent);
+    }
+    return result;
+}
+
+void drawBadge(Canvas& canvas, const Piece& piece, Rect rect) {
+    const double alpha = piece.connected ? summary.connectedAlpha : summary.disconnectedAlpha;
+    canvas.fillRounded(rect, summary.badgeRadius, piece.accent.withAlpha(alpha));
+    canvas.drawCentred(TextLine(piece.initials, summary.initials), rect.center(),
+                       Color::black(summary.initialsAlpha));
+}
+
+void drawBar(Canvas& canvas, const Piece& piece, Rect track) {
+    Rect bar = track;
+    bar.width = std::max(track.width * *piece.fill, summary.minimumBar);
+    canvas.glowRounded(bar, summary.trackRadius, {piece.color.withAlpha(summary.glowAlpha), summary.glowRadius});
+    canvas.fillRoundedGradient(bar, summary.trackRadius, piece.color, piece.color.lightened(summary.lightening));
+}
+
+void drawPiece(Canvas& canvas, const Piece& piece, double x) {
+    drawBadge(canvas, piece, summary.badge.shifted(x, 0));
+    const Rect track = summary.track.shifted(x, 0);
+    canvas.fillRounded(track, summary.trackRadius, Color::white(summary.trackAlpha));
+    if (piece.fill) {
+        drawBar(canvas, piece, track);
+    } else {
+        canvas.fillEllipse(Rect::centred(track.center(), {summary.dot, summary.dot}),
+                           Color::white(summary.dotAlpha));
+    }
+}
+
+}  // namespace
+
+std::vector<Piece> StatusSummary::pieces(const Snapshots& snapshots, const std::vector<Provider>& providers) {
+    std::vector<Piece> pieces;
+    for (const Provider provider : providers) {
+        const auto found = snapshots.find(provider);
+        pieces.push_back(piece(provider, found == snapshots.end() ? nullptr : &found->second));
+    }
+    if (pieces.empty()) pieces.push_back({"AI", std::nullopt, Color::white(0.5), Color::grey(0.5), false});
+    return pieces;
+}
+
+QImage StatusSummary::render(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale) {
+    const auto shown = pieces(snapshots, providers);
+    const double advance = summary.pieceWidth + summary.gap;
+    const double width = advance * static_cast<double>(shown.size()) - summary.gap + 2 * summary.margin;
+    return Picture::of({width, summary.height}, scale, [&](Canvas& canvas) {
+        double x = summary.margin;
+        for (const Piece& piece : shown) {
+            drawPiece(canvas, piece, x);
+            x += advance;
+        }
+    });
+}
+
+QImage StatusSummary::controlStripGlyph(const Snapshots& snapshots, double scale) {
+    double highest = 0;
+    for (const auto& [provider, snapshot] : snapshots) {
+        highest = std::max(highest, Palette::highestPercent(snapshot).value_or(0));
+    }
+    const Color color = Palette::level(highest);
+    return Picture::of({glyph.side, glyph.side}, scale, [&](Canvas& canvas) {
+        for (const Rect& bar : glyph.bars) {
+            canvas.glowRounded(bar, glyph.barRadius, {color.withAlpha(glyph.glowAlpha), glyph.glowRadius});
+            canvas.fillRounded(bar, glyph.barRadius, color);
+        }
+    });
+}

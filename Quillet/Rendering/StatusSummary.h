@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QImage>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Desktop/Canvas.h"
+#include "Model/UsageSnapshot.h"
+
+/// The two small pictures that stand for all providers at once: the status item's and the control strip's.
+namespace StatusSummary {
+
+using Snapshots = std::map<Provider, UsageSnapshot>;
+
+/// What the summary shows of one provider.
+struct Piece {
+    std::string initials;
+    std::optional<double> fill;  ///< Of the level bar, 0 to 1; absent without any percentage.
+    Color color;                 ///< Of the level bar.
+    Color accent;                ///< Of the badge.
+    bool connected = false;
+};
+
+/// One per provider in the given order; a single grey placeholder for none. A provider without a snapshot counts
+/// as not connected.
+std::vector<Piece> pieces(const Snapshots& snapshots, const std::vector<Provider>& providers);
+
+/// Badges and level bars side by side, 16 points high, on a transparent ground.
+QImage render(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
+
+/// Five glowing bars, 22 by 22 points, in the level colour of the highest percentage of all snapshots.
+QImage controlStripGlyph(const Snapshots& snapshots, double scale);
+
+}  // namespace StatusSummary
