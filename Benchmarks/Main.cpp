@@ -3,10 +3,14 @@
 #include <cstdlib>
 #include <ctime>
 #include <optional>
+#include <set>
 
 #include "CLI/CLI.h"
 #include "Data.h"
 #include "Measure.h"
+#ifdef DESKTOP
+#include "Pictures.h"
+#endif
 #include "Providers/GeminiProvider.h"
 #include "Providers/OpenCodeProvider.h"
 #include "Support/HTTP.h"
@@ -125,13 +129,18 @@ void request(const HTTPSServer& server) {
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    const std::set<std::string_view> options(argv + 1, argv + argc);
     for (const char* proxy : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
         unsetenv(proxy);
     const TemporaryHome home;
     setenv("HOME", TemporaryHome::path().c_str(), 1);  // for the programs that are run
 
     status();  // first, while this process is small
+#ifdef DESKTOP
+    Pictures::command();
+    Pictures::refresh(options.contains("--verbose"));
+#endif
     newestFile();
     tail();
     openCodeTokens();

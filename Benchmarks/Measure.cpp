@@ -20,12 +20,6 @@ bool allGood = true;
     std::exit(2);
 }
 
-double milliseconds(const Measure::Work& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
 double middle(std::vector<double>& values) {
     const auto at = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), at, values.end());
@@ -73,6 +67,12 @@ void Measure::compare(const std::string& name, int rounds, const Work& ours, con
 
 void Measure::compare(const std::string& name, double ours, double limit, const std::string& unit, double budget) {
     addLine(name, ours, limit, unit.c_str(), budget);
+}
+
+double Measure::milliseconds(const Work& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
 double Measure::median(int rounds, const Work& ours) {

@@ -15,6 +15,9 @@ void compare(const std::string& name, int rounds, const Work& ours, const Work& 
 /// Adds a line for a figure with a fixed limit.
 void compare(const std::string& name, double ours, double limit, const std::string& unit, double budget);
 
+/// How long `work` takes, once.
+double milliseconds(const Work& work);
+
 /// Median duration of `ours` in milliseconds.
 double median(int rounds, const Work& ours);
 
