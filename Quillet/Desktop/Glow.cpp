@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <numeric>
 #include <vector>
 
@@ -107,6 +108,38 @@ QImage colored(Plane plane, const Color& color) {
     return image;
 }
 
+/// All that a tile's pixels depend on.
+struct Tile {
+    int width;
+    int height;
+    double x, y, shapeWidth, shapeHeight;  // of the shape in it
+    double cornerRadius;
+    double deviation;
+    int reach;  // of the blur
+    double red, green, blue, alpha;
+
+    auto operator<=>(const Tile&) const = default;
+};
+
+QImage blurred(const Tile& tile) {
+    const QRectF shape(tile.x, tile.y, tile.shapeWidth, tile.shapeHeight);
+    const Plane alpha = alphaOfShape(shape, tile.cornerRadius, {tile.width, tile.height});
+    const auto kernel = gaussianKernel(tile.deviation);
+    const Rows lit{tile.reach, tile.height - tile.reach};
+    const Color color{tile.red, tile.green, tile.blue, tile.alpha};
+    return colored(blurredColumns(blurredRows(alpha, kernel, lit), kernel, lit), color);
+}
+
+/// Refreshes draw mostly the same tiles again. For the main thread, as all drawing.
+const QImage& cached(const Tile& tile) {
+    constexpr std::size_t most = 200;
+    static std::map<Tile, QImage> tiles;
+    if (tiles.size() > most) tiles.clear();
+    const auto [found, isNew] = tiles.try_emplace(tile);
+    if (isNew) found->second = blurred(tile);
+    return found->second;
+}
+
 }  // namespace
 
 void Glow::paint(QPainter& painter, const QRectF& shape, double cornerRadius) const {
@@ -121,19 +154,15 @@ void Glow::paint(QPainter& painter, const QRectF& shape, double cornerRadius) co
     // What is left of the middle must be wide enough for its centre column to see no corner.
     const int cap = 2 * reach + static_cast<int>(std::ceil(cornerRadius * scale)) + 1;
     const int removed = std::max(0, box.width() - 2 * cap - 1);
-    const QSize tileSize(box.width() - removed, box.height());
-
-    const auto kernel = gaussianKernel(deviation);
-    Plane alpha = alphaOfShape(device.translated(-box.topLeft()).adjusted(0, 0, -removed, 0), cornerRadius * scale,
-                               tileSize);
-    const Rows lit{reach, tileSize.height() - reach};
-    alpha = blurredColumns(blurredRows(alpha, kernel, lit), kernel, lit);
-    const QImage tile = colored(std::move(alpha), color);
+    const QRectF inTile = device.translated(-box.topLeft()).adjusted(0, 0, -removed, 0);
+    const QImage& tile =
+        cached({box.width() - removed, box.height(), inTile.x(), inTile.y(), inTile.width(), inTile.height(),
+                cornerRadius * scale, deviation, reach, color.red, color.green, color.blue, color.alpha});
 
     const QTransform fromDevice = toDevice.inverted();
     const auto put = [&](int x, int width, int tileX, int tileWidth) {
         const QRectF target = fromDevice.mapRect(QRectF(box.x() + x, box.y(), width, box.height()));
-        painter.drawImage(target, tile, QRectF(tileX, 0, tileWidth, tileSize.height()));
+        painter.drawImage(target, tile, QRectF(tileX, 0, tileWidth, box.height()));
     };
     if (removed == 0) {
         put(0, box.width(), 0, box.width());

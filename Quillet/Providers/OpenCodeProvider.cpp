@@ -32,18 +32,18 @@ constexpr const char* tokenSum =
 using Database = std::unique_ptr<sqlite3, decltype([](sqlite3* database) { sqlite3_close_v2(database); })>;
 using Statement = std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* s) { sqlite3_finalize(s); })>;
 
+// Counting the memory in use costs a lock for every row's JSON. SQLite can be told only before its first use.
+[[maybe_unused]] const int memoryUncounted = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+
 int leaveOwner(int, uid_t, gid_t) {
     return 0;
 }
 
-/// Settled before SQLite's first use. Counting the memory in use would cost a lock for every row's JSON; and run
-/// by root, SQLite would give a database's companions the owner of the database.
-void prepareLibrary() {
-    [[maybe_unused]] static const bool prepared = [] {
-        sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+/// Run by root, SQLite would give a database's companions the owner of the database.
+void keepOwners() {
+    [[maybe_unused]] static const int kept = [] {
         sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
-        return files->xSetSystemCall(files, "fchown", reinterpret_cast<sqlite3_syscall_ptr>(leaveOwner)) ==
-               SQLITE_OK;
+        return files->xSetSystemCall(files, "fchown", reinterpret_cast<sqlite3_syscall_ptr>(leaveOwner));
     }();
 }
 
@@ -88,7 +88,7 @@ Companion companion(const std::string& path) {
 /// and write read marks into an index that is there. So an index is only read as it stands, and a database without
 /// a log, or with an empty one that nobody has open, is read as complete in itself.
 Database openForReading(const std::string& path) {
-    prepareLibrary();
+    keepOwners();
     const Companion database = companion(path);
     const Companion log = companion(path + "-wal");
     const Companion index = companion(path + "-shm");
