@@ -26,7 +26,8 @@ void writePNG(const QImage& image, const std::string& path) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     const bool encoded = buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG", quickCompression);
-    if (encoded && WholeFile::write(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())})) {
+    if (encoded && WholeFile::write(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())},
+                                    WholeFile::Flush::no)) {
         std::printf("wrote %s\n", path.c_str());
     }
 }

@@ -46,7 +46,8 @@ void write(const std::string& key, json value) {
         stored = json::object();
     }
     stored[key] = std::move(value);
-    WholeFile::write(path, stored.dump(2, ' ', false, json::error_handler_t::replace) + "\n");
+    WholeFile::write(path, stored.dump(2, ' ', false, json::error_handler_t::replace) + "\n",
+                     WholeFile::Flush::yes);
 }
 
 }  // namespace

@@ -29,13 +29,13 @@ mode_t usualMode() {
 
 }  // namespace
 
-bool WholeFile::write(const std::string& path, std::string_view bytes) {
+bool WholeFile::write(const std::string& path, std::string_view bytes, Flush flush) {
     // In the same folder, so that the rename is one step, and with a name short enough beside the longest.
     std::string temporary = path.substr(0, path.rfind('/') + 1) + ".quillet-XXXXXX";
     const int file = mkostemp(temporary.data(), O_CLOEXEC);
     if (file < 0) return false;
-    // Flushed before the rename, or a crash of the machine could leave an empty file under the final name.
-    const bool written = writeAll(file, bytes) && fchmod(file, usualMode()) == 0 && fsync(file) == 0;
+    const bool written =
+        writeAll(file, bytes) && fchmod(file, usualMode()) == 0 && (flush == Flush::no || fsync(file) == 0);
     const bool replaced = close(file) == 0 && written && rename(temporary.c_str(), path.c_str()) == 0;
     if (!replaced) unlink(temporary.c_str());
     return replaced;

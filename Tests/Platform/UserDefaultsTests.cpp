@@ -55,17 +55,17 @@ TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
 TEST(WholeFile, AFailedWriteLeavesWhatWasThere) {
     const TemporaryHome home;
     const auto path = TemporaryHome::write("file", "old"), longest = TemporaryHome::at(std::string(255, 'x'));
-    EXPECT_TRUE(WholeFile::write(longest, "x")) << "the longest name that a file may have";
+    EXPECT_TRUE(WholeFile::write(longest, "x", WholeFile::Flush::yes)) << "the longest name that a file may have";
     fs::remove(longest);
     for (const auto& bad : {TemporaryHome::at("none/file"), TemporaryHome::path(), path + "/file", std::string(),
                             std::string("/proc/file")})
-        EXPECT_FALSE(WholeFile::write(bad, "new")) << bad;
+        EXPECT_FALSE(WholeFile::write(bad, "new", WholeFile::Flush::no)) << bad;
     signal(SIGXFSZ, SIG_IGN);
     rlimit limit;
     getrlimit(RLIMIT_FSIZE, &limit);
     const auto usual = std::exchange(limit.rlim_cur, 10);
     setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_FALSE(WholeFile::write(path, "more than fits"));
+    EXPECT_FALSE(WholeFile::write(path, "more than fits", WholeFile::Flush::yes));
     limit.rlim_cur = usual;
     setrlimit(RLIMIT_FSIZE, &limit);
     EXPECT_EQ(folder(TemporaryHome::path()), std::vector<std::string>{"old"});
