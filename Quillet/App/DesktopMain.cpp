@@ -1,4 +1,8 @@
 // The desktop half's door: what the entry point looks up in the module.
+#include <fcntl.h>
+#include <fontconfig/fontconfig.h>
+#include <unistd.h>
+
 #include <QApplication>
 #include <cstdlib>
 #include <string>
@@ -16,7 +20,7 @@ void isolateToolkit() {
     std::vector<std::string> names{"XDG_CURRENT_DESKTOP"};
     for (char** variable = environ; *variable; ++variable) {
         const std::string_view text(*variable);
-        if (text.starts_with("QT_") || text.starts_with("FONTCONFIG_"))
+        if (text.starts_with("QT_") || text.starts_with("FONTCONFIG_") || text.starts_with("FC_"))
             names.emplace_back(text.substr(0, text.find('=')));
     }
     for (const std::string& name : names)
@@ -26,10 +30,31 @@ void isolateToolkit() {
     QApplication::setDesktopSettingsAware(false);
 }
 
+/// The system's fonts, for scripts that the bundled family lacks, without anybody's rules about how to draw them,
+/// and without a cache in the home directory.
+void isolateFonts() {
+    constexpr const char* rules =
+        "<fontconfig><dir>/usr/share/fonts</dir><cachedir>/var/cache/fontconfig</cachedir></fontconfig>";
+    FcConfig* const config = FcConfigCreate();
+    FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(rules), FcTrue);
+    FcConfigBuildFonts(config);
+    FcConfigSetCurrent(config);
+    FcConfigDestroy(config);  // the library keeps its own reference
+}
+
+/// fontconfig writes what it has to complain of there by itself.
+void silenceStandardError() {
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);
+    if (nowhere >= 0) close(nowhere);
+}
+
 }  // namespace
 
 extern "C" Q_DECL_EXPORT void quilletPicture(const char* command, const char* outPath) {
     isolateToolkit();
+    silenceStandardError();
+    isolateFonts();
     int count = 1;
     char name[] = "quillet";
     char* arguments[] = {name, nullptr};

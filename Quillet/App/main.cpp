@@ -49,7 +49,7 @@ std::string outPath(const Arguments& arguments) {
 
 /// Only these commands load the module, so that the others neither need the toolkit nor wait for it.
 void drawPicture(const Arguments& arguments) {
-    // Found through the run path, beside the executable or where it was installed.
+    // Found beside the executable, through its run path.
     void* module = dlopen("libquillet-desktop.so", RTLD_NOW | RTLD_LOCAL);
     using Draw = void (*)(const char* command, const char* outPath);
     const auto draw = module ? reinterpret_cast<Draw>(dlsym(module, "quilletPicture")) : nullptr;

@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr double padding = 1;  // beside the title
 constexpr int buttonHeight = 20;
 constexpr struct {
     double width = 1.5;
@@ -27,7 +26,7 @@ void FlatButton::setLook(Look look) {
 
 QSize FlatButton::sizeHint() const {
     const TextLine title(current.title, current.font);
-    return {static_cast<int>(std::ceil(title.width() + 2 * padding)), buttonHeight};
+    return {static_cast<int>(std::ceil(title.width())), buttonHeight};
 }
 
 void FlatButton::paintEvent(QPaintEvent*) {

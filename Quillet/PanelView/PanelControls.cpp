@@ -121,8 +121,8 @@ void PanelView::orderFocus() {
 
 void PanelView::syncControlStates() {
     for (const auto& [provider, button] : providerButtons) {
-        button->setLook(tileLook(provider, isVisible(provider)));
-        button->setChecked(isVisible(provider));
+        button->setLook(tileLook(provider, showsProvider(provider)));
+        button->setChecked(showsProvider(provider));
     }
     for (const auto& [surface, button] : surfaceButtons) {
         const bool on = settings.surfaces.contains(surface);
@@ -160,7 +160,7 @@ void PanelView::place(FlatButton* button, Rect frame) {
     button->setGeometry(QRectF(frame.x, height() - frame.maxY(), frame.width, frame.height).toRect());
 }
 
-bool PanelView::isVisible(Provider provider) const {
+bool PanelView::showsProvider(Provider provider) const {
     return !isProviderVisible || isProviderVisible(provider);
 }
 
@@ -178,7 +178,7 @@ void PanelView::quitTapped() const {
 
 void PanelView::providerToggled(const FlatButton* sender) const {
     const Provider provider = Provider::allCases().at(static_cast<std::size_t>(sender->tag));
-    if (onToggleProvider) onToggleProvider(provider, !isVisible(provider));
+    if (onToggleProvider) onToggleProvider(provider, !showsProvider(provider));
 }
 
 void PanelView::surfaceToggled(const FlatButton* sender) const {

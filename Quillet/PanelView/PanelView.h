@@ -55,7 +55,7 @@ private:
     void syncControlStates();
     void layoutControls();
     void place(FlatButton* button, Rect frame);
-    bool isVisible(Provider provider) const;
+    bool showsProvider(Provider provider) const;
 
     void refreshTapped() const;
     void donateTapped() const;

@@ -35,16 +35,24 @@ json value(const std::string& key) {
     return stored.is_object() ? stored.value(key, json()) : json();
 }
 
+/// Moves what somebody may still want out of the way, under the first name that is free; false if that failed.
+bool setAside(const std::filesystem::path& path) {
+    std::error_code error;
+    std::string aside = path.string() + ".unreadable";
+    for (int count = 2; std::filesystem::exists(std::filesystem::symlink_status(aside, error)); ++count) {
+        aside = path.string() + ".unreadable-" + std::to_string(count);
+    }
+    std::filesystem::rename(path, aside, error);
+    return !error;
+}
+
 void write(const std::string& key, json value) {
     const std::filesystem::path path = filePath();
     std::error_code ignored;
     std::filesystem::create_directories(path.parent_path(), ignored);
     json stored = read();
-    if (stored.is_discarded()) {
-        // Somebody may still want what is in it.
-        std::filesystem::rename(path, path.string() + ".unreadable", ignored);
-        stored = json::object();
-    }
+    if (stored.is_discarded() && !setAside(path)) return;
+    if (stored.is_discarded()) stored = json::object();
     stored[key] = std::move(value);
     WholeFile::write(path, stored.dump(2, ' ', false, json::error_handler_t::replace) + "\n",
                      WholeFile::Flush::yes);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 namespace {
 
@@ -20,22 +21,26 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-/// mkstemp makes files for their owner alone; this is what a file made in the usual way would get.
-mode_t usualMode() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
+/// The permissions of the file to be: those of the one that it replaces, else what a new file usually gets. Absent
+/// where something stands that is no file, such as a device.
+std::optional<mode_t> permissions(const std::string& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) return 0644;
+    if (S_ISREG(status.st_mode)) return status.st_mode & 0777;
+    return S_ISLNK(status.st_mode) ? std::optional<mode_t>(0644) : std::nullopt;
 }
 
 }  // namespace
 
 bool WholeFile::write(const std::string& path, std::string_view bytes, Flush flush) {
+    const auto mode = permissions(path);
+    if (!mode) return false;
     // In the same folder, so that the rename is one step, and with a name short enough beside the longest.
     std::string temporary = path.substr(0, path.rfind('/') + 1) + ".quillet-XXXXXX";
     const int file = mkostemp(temporary.data(), O_CLOEXEC);
     if (file < 0) return false;
     const bool written =
-        writeAll(file, bytes) && fchmod(file, usualMode()) == 0 && (flush == Flush::no || fsync(file) == 0);
+        writeAll(file, bytes) && fchmod(file, *mode) == 0 && (flush == Flush::no || fsync(file) == 0);
     const bool replaced = close(file) == 0 && written && rename(temporary.c_str(), path.c_str()) == 0;
     if (!replaced) unlink(temporary.c_str());
     return replaced;

@@ -10,7 +10,8 @@ namespace WholeFile {
 enum class Flush { no, yes };
 
 /// Replaces what is at `path`, a link itself and not what it leads to, through a temporary file beside it. False
-/// if that failed; then nothing has changed and no temporary file is left.
+/// if that failed or no file stands there, but a device, say; then nothing has changed and no temporary file is
+/// left.
 bool write(const std::string& path, std::string_view bytes, Flush flush);
 
 }  // namespace WholeFile

@@ -49,5 +49,10 @@ void ModelTag::draw(Canvas& canvas, const TagStyle& style, Point origin) const {
     canvas.fillRounded(rect, style.radius, base.withAlpha(style.fillAlpha));
     canvas.strokeRounded(rect, style.radius, base.withAlpha(style.lineAlpha), lineWidth);
     const Point start{rect.x + style.padding, rect.midY() - line.height() / 2 + textRise};
-    canvas.drawClipped(line, start, base.lightened(lightening), rect, style.radius);
+    const Color color = base.lightened(lightening);
+    if (style.longest) {
+        canvas.drawClipped(line, start, color, rect, style.radius);
+    } else {
+        canvas.draw(line, start, color);
+    }
 }

@@ -1,6 +1,7 @@
 #include "Rendering/Palette.h"
 
 #include <algorithm>
+#include <cmath>
 
 std::string Palette::initials(Provider provider) {
     switch (provider) {
@@ -37,5 +38,9 @@ Color Palette::level(double percent) {
 }
 
 std::optional<double> Palette::highestPercent(const UsageSnapshot& snapshot) {
-    return std::max(snapshot.dailyPercent, snapshot.weeklyPercent);  // absent is less than any value
+    const auto number = [](std::optional<double> percent) {
+        return percent && std::isnan(*percent) ? std::nullopt : percent;
+    };
+    return std::max(number(snapshot.dailyPercent),
+                    number(snapshot.weeklyPercent));  // absent is less than any value
 }

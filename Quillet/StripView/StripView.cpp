@@ -101,13 +101,13 @@ void drawSegment(Canvas& canvas, double x, const StripView::Entry& entry, double
 void StripView::update(std::vector<Entry> shown) {
     entries = std::move(shown);
     const auto count = static_cast<double>(std::max<std::size_t>(1, entries.size()));
-    width = count * (segment.width + segment.gap) - segment.gap + 2 * segment.margin;
+    wantedWidth = count * (segment.width + segment.gap) - segment.gap + 2 * segment.margin;
     updateGeometry();
     QWidget::update();
 }
 
 QSize StripView::sizeHint() const {
-    return {static_cast<int>(width), static_cast<int>(intrinsicHeight)};
+    return {static_cast<int>(wantedWidth), static_cast<int>(intrinsicHeight)};
 }
 
 void StripView::draw(Canvas& canvas, double areaHeight) const {

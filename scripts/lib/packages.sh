@@ -2,7 +2,7 @@
 # The Debian packages that each command needs. "a|b" is satisfied by either and installs the first.
 runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nlohmann-json3-dev libsqlite3-dev
     libutfcpp-dev ca-certificates)
-desktopPackages=("${runPackages[@]}" qt6-base-dev libgl-dev fonts-inter)
+desktopPackages=("${runPackages[@]}" qt6-base-dev libgl-dev libfontconfig-dev fonts-inter)
 testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl)
 demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
 benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep)
