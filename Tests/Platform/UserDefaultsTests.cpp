@@ -71,6 +71,29 @@ TEST(WholeFile, AFailedWriteLeavesWhatWasThere) {
     EXPECT_EQ(folder(TemporaryHome::path()), std::vector<std::string>{"old"});
 }
 
+TEST(WholeFile, ReplacesFilesAloneAndKeepsTheirPermissions) {
+    const TemporaryHome home;
+    const auto path = TemporaryHome::write("file", "old"), fifo = TemporaryHome::at("fifo");
+    fs::permissions(path, fs::perms(0600));
+    EXPECT_TRUE(WholeFile::write(path, "new", WholeFile::Flush::no));
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600));
+    ASSERT_EQ(TemporaryHome::shell("mkfifo fifo"), 0);
+    EXPECT_FALSE(WholeFile::write(fifo, "new", WholeFile::Flush::no));
+    EXPECT_TRUE(fs::is_fifo(fifo));
+}
+
+TEST(UserDefaults, EveryUnreadableFileIsSetAsideUnderANameOfItsOwn) {
+    const TemporaryHome home;
+    const std::string path = ".config/quillet/defaults.json";
+    for (const char* text : {"first {", "second {"}) {
+        TemporaryHome::write(path, text);
+        UserDefaults::setText("b", "x");
+    }
+    EXPECT_EQ(textOf(TemporaryHome::at(path) + ".unreadable"), "first {");
+    EXPECT_EQ(textOf(TemporaryHome::at(path) + ".unreadable-2"), "second {");
+    EXPECT_EQ(UserDefaults::text("b"), "x");
+}
+
 TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
     const TemporaryHome home;
     const std::vector<std::string> values[] = {{std::string(50'000, 'a')}, {std::string(90'000, 'b')}};
