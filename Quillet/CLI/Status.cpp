@@ -5,28 +5,11 @@
 #include "Model/AppConfig.h"
 #include "Model/ModelNaming.h"
 #include "Model/UsageFormat.h"
-#include "Providers/ClaudeProvider.h"
-#include "Providers/CodexProvider.h"
-#include "Providers/GeminiProvider.h"
-#include "Providers/OpenCodeProvider.h"
+#include "Providers/Collectors.h"
 #include "Support/ISO8601.h"
 #include "Support/JSON.h"
 
 namespace {
-
-UsageSnapshot collect(Provider provider) {
-    switch (provider) {
-    case Provider::claude:
-        return ClaudeProvider().collect();
-    case Provider::codex:
-        return CodexProvider().collect();
-    case Provider::gemini:
-        return GeminiProvider().collect();
-    case Provider::opencode:
-        return OpenCodeProvider().collect();
-    }
-    return UsageSnapshot(provider);
-}
 
 std::string windowText(const char* name, std::optional<double> percent, std::optional<Instant> resetAt) {
     std::string text = name + UsageFormat::percentText(percent);
@@ -88,7 +71,7 @@ nlohmann::json record(const UsageSnapshot& snapshot) {
 CLI::Collected CLI::collectAll() {
     Collected collected;
     for (const auto& [provider, enabled] : AppConfig::load().entries) {
-        if (enabled) collected.emplace_back(provider, collect(provider));
+        if (enabled) collected.emplace_back(provider, Collectors::collect(provider));
     }
     return collected;
 }
