@@ -33,6 +33,16 @@ constexpr struct {
 
 constexpr struct {
     double side = 22;
+    double margin = 1;
+    double gap = 1.5;       // between rows
+    double tallestRow = 6;  // however few there are
+    double stubWidth = 4;
+    double barX = 6;
+    double radius = 1.5;
+} square;
+
+constexpr struct {
+    double side = 22;
     double barRadius = 1.3;
     double glowAlpha = 0.9;
     double glowRadius = 2.5;
@@ -76,6 +86,18 @@ void drawPiece(Canvas& canvas, const Piece& piece, double x) {
     }
 }
 
+/// Without a glow, which would run into the rows above and below.
+void drawSquareRow(Canvas& canvas, const Piece& piece, double y, double height) {
+    const double radius = std::min(square.radius, height / 2);
+    const double alpha = piece.connected ? summary.connectedAlpha : summary.disconnectedAlpha;
+    canvas.fillRounded({square.margin, y, square.stubWidth, height}, radius, piece.accent.withAlpha(alpha));
+    Rect bar{square.barX, y, square.side - square.margin - square.barX, height};
+    canvas.fillRounded(bar, radius, Color::grey(0.5, 0.5));  // seen on light and dark panels alike
+    if (!piece.fill) return;
+    bar.width = std::max(bar.width * *piece.fill, 2 * radius);
+    canvas.fillRounded(bar, radius, piece.color);
+}
+
 }  // namespace
 
 std::vector<Piece> StatusSummary::pieces(const Snapshots& snapshots, const std::vector<Provider>& providers) {
@@ -97,6 +119,31 @@ QImage StatusSummary::render(const Snapshots& snapshots, const std::vector<Provi
         for (const Piece& piece : shown) {
             drawPiece(canvas, piece, x);
             x += advance;
+        }
+    });
+}
+
+QImage StatusSummary::renderForTray(const Snapshots& snapshots, const std::vector<Provider>& providers,
+                                    double scale) {
+    const QImage image = render(snapshots, providers, scale);
+    const Size size{image.deviceIndependentSize().width(), image.deviceIndependentSize().height()};
+    return Picture::of({size.width, square.side}, scale, [&](Canvas& canvas) {
+        canvas.draw(image, {0, (square.side - size.height) / 2, size.width, size.height});
+    });
+}
+
+QImage StatusSummary::renderSquare(const Snapshots& snapshots, const std::vector<Provider>& providers,
+                                   double scale) {
+    const auto shown = pieces(snapshots, providers);
+    const auto count = static_cast<double>(shown.size());
+    const double room = square.side - 2 * square.margin - square.gap * (count - 1);
+    const double height = std::min(room / count, square.tallestRow);
+    const double total = height * count + square.gap * (count - 1);
+    return Picture::of({square.side, square.side}, scale, [&](Canvas& canvas) {
+        double y = (square.side + total) / 2;
+        for (const Piece& piece : shown) {
+            drawSquareRow(canvas, piece, y -= height, height);
+            y -= square.gap;
         }
     });
 }

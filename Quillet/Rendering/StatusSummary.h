@@ -30,6 +30,12 @@ std::vector<Piece> pieces(const Snapshots& snapshots, const std::vector<Provider
 /// Badges and level bars side by side, 16 points high, on a transparent ground.
 QImage render(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
 
+/// The same padded to a tray's usual 22 points.
+QImage renderForTray(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
+
+/// For a square cell, 22 by 22 points: the same pieces in rows, an accent stub and the level bar of each.
+QImage renderSquare(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
+
 /// Five glowing bars, 22 by 22 points, in the level colour of the highest percentage of all snapshots.
 QImage controlStripGlyph(const Snapshots& snapshots, double scale);
 
