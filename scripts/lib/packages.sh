@@ -2,8 +2,8 @@
 # The Debian packages that each command needs. "a|b" is satisfied by either and installs the first.
 runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nlohmann-json3-dev libsqlite3-dev
     libutfcpp-dev ca-certificates)
-desktopPackages=("${runPackages[@]}" qt6-base-dev libgl-dev libfontconfig-dev fonts-inter)
-testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl)
+desktopPackages=("${runPackages[@]}" qt6-base-dev libgl-dev libxcb1-dev libfontconfig-dev fonts-inter)
+testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl dbus-daemon)
 demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
 benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep)
 fuzzPackages=("${runPackages[@]}" clang libclang-rt-dev)
@@ -12,8 +12,8 @@ formatPackages=(clang-format)
 # What they must have put on the search path.
 runPrograms=(c++ cmake ninja)
 desktopPrograms=("${runPrograms[@]}")
-testPrograms=("${runPrograms[@]}" python3 openssl)
-demoPrograms=("${testPrograms[@]}" unshare mount)
-benchPrograms=("${testPrograms[@]}" sqlite3 curl find grep)
+testPrograms=("${runPrograms[@]}" python3 openssl dbus-daemon)
+demoPrograms=("${runPrograms[@]}" python3 openssl unshare mount)
+benchPrograms=("${runPrograms[@]}" python3 openssl sqlite3 curl find grep)
 fuzzPrograms=("${runPrograms[@]}" clang++)
 formatPrograms=(clang-format)

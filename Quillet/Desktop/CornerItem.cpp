@@ -1,0 +1,84 @@
+#include "Desktop/CornerItem.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <algorithm>
+
+#include "Desktop/Canvas.h"
+
+namespace {
+
+constexpr struct {
+    double height = 26;
+    double sidePadding = 6;
+    double cornerRadius = 6;
+    Color background = Color::grey(0.02, 0.94);
+} look;
+
+Size pointSize(const QImage& image) {
+    const QSizeF size = image.deviceIndependentSize();
+    return {size.width(), size.height()};
+}
+
+}  // namespace
+
+CornerItem::CornerItem(StatusItem::Activate activate)
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                           Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint),
+      onActivate(std::move(activate)) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_AlwaysShowToolTips);  // its window is never the active one
+    connect(&menu, &QMenu::aboutToShow, this, [this] { fillMenu(menu, content.menu); });
+    connect(qApp, &QGuiApplication::primaryScreenChanged, this, [this] { followPrimaryScreen(); });
+    followPrimaryScreen();
+}
+
+void CornerItem::followPrimaryScreen() {
+    disconnect(screenChange);
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen) return;
+    screenChange = connect(screen, &QScreen::availableGeometryChanged, this, [this] { place(); });
+    place();
+}
+
+void CornerItem::place() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (content.wide.empty() || !screen) return hide();
+    const int width = static_cast<int>(pointSize(content.wide.front()).width + 2 * look.sidePadding);
+    const QRect available = screen->availableGeometry();
+    setFixedSize(width, int(look.height));  // tiling compositors leave a window of fixed size afloat
+    move(available.x() + available.width() - width, available.y());
+    show();
+    raise();
+}
+
+void CornerItem::setContent(const StatusContent& newContent) {
+    content = newContent;
+    setToolTip(QString::fromStdString(content.toolTip));
+    place();
+    update();
+}
+
+/// The coarsest that is as fine as the screen.
+const QImage& CornerItem::picture() const {
+    const auto fine = [this](const QImage& image) { return image.devicePixelRatio() >= devicePixelRatioF(); };
+    const auto found = std::ranges::find_if(content.wide, fine);
+    return found == content.wide.end() ? content.wide.back() : *found;
+}
+
+void CornerItem::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    Canvas canvas(painter, height());
+    const Rect bounds{0, 0, double(width()), double(height())};
+    canvas.fillRounded(bounds, look.cornerRadius, look.background);
+    canvas.draw(picture(), Rect::centred(bounds.center(), pointSize(picture())));
+}
+
+void CornerItem::mouseReleaseEvent(QMouseEvent* event) {
+    if (!rect().contains(event->position().toPoint())) return;
+    if (event->button() == Qt::LeftButton) onActivate(geometry());
+    if (event->button() == Qt::RightButton) menu.popup(mapToGlobal(rect().bottomLeft()));
+}

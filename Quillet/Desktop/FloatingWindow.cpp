@@ -1,0 +1,180 @@
+#include "Desktop/FloatingWindow.h"
+
+#include <xcb/xcb.h>
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMouseEvent>
+#include <QPainterPath>
+#include <QWindow>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+
+#include "Desktop/Screens.h"
+
+namespace {
+
+constexpr auto bare = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                      Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint;
+
+bool isWayland() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+struct Free {
+    void operator()(void* reply) const { std::free(reply); }
+};
+template <typename T>
+using Reply = std::unique_ptr<T, Free>;
+
+xcb_connection_t* connection() {
+    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 ? x11->connection() : nullptr;
+}
+
+xcb_atom_t atom(const char* name) {
+    const auto request = xcb_intern_atom(connection(), 0, static_cast<uint16_t>(std::strlen(name)), name);
+    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection(), request, nullptr));
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+bool isComposited() {
+    static const xcb_atom_t compositor = atom("_NET_WM_CM_S0");
+    const auto request = xcb_get_selection_owner(connection(), compositor);
+    const Reply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection(), request, nullptr));
+    return reply && reply->owner != XCB_WINDOW_NONE;
+}
+
+QRegion roundedRegion(const QRect& rect, double radius) {
+    QPainterPath path;
+    path.addRoundedRect(rect, radius, radius);
+    return path.toFillPolygon().toPolygon();
+}
+
+/// Unmanaged where that exists: no window manager keeps a managed window above full-screen ones, on every
+/// workspace and away from the focus. A Wayland compositor would not show an unmanaged one at all.
+Qt::WindowFlags windowForm() {
+    return connection() ? bare | Qt::BypassWindowManagerHint : bare;
+}
+
+/// Whether the window manager has put another window on top. Without a timer: it tells in the root window's
+/// properties.
+bool isRestacking(const xcb_generic_event_t& event) {
+    static const std::array restacked{atom("_NET_ACTIVE_WINDOW"), atom("_NET_CLIENT_LIST_STACKING")};
+    if ((event.response_type & 0x7f) != XCB_PROPERTY_NOTIFY) return false;
+    const xcb_atom_t changed = reinterpret_cast<const xcb_property_notify_event_t&>(event).atom;
+    return changed == restacked[0] || changed == restacked[1];
+}
+
+}  // namespace
+
+FloatingWindow::FloatingWindow(QWidget* shown, double radius)
+    : QWidget(nullptr, windowForm()), content(shown), cornerRadius(radius) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    content->setParent(this);
+    content->move(0, 0);
+    content->show();
+    setFrame(content->geometry());
+    if (connection()) qApp->installNativeEventFilter(this);
+    Screens::onChange(this, [this] {
+        if (onScreensChanged) onScreensChanged();
+    });
+}
+
+FloatingWindow::~FloatingWindow() {
+    if (content) content->setParent(nullptr);
+}
+
+QRect FloatingWindow::frame() const {
+    return content ? content->geometry().translated(pos()) : geometry();
+}
+
+void FloatingWindow::setFrame(const QRect& frame) {
+    if (isWayland()) setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
+    if (!drag || !drag->grown) setGeometry(frame);
+    if (content) content->setGeometry(frame.translated(-pos()));
+}
+
+Point FloatingWindow::origin() const {
+    const Rect rect = Screens::fromToolkit(frame());
+    return {rect.x, rect.y};
+}
+
+void FloatingWindow::setOrigin(Point origin) {
+    if (drag) return;
+    const Rect rect = Screens::fromToolkit(frame());
+    setFrame(Screens::toToolkit({origin.x, origin.y, rect.width, rect.height}));
+}
+
+void FloatingWindow::resizeKeepingOrigin(QSize size) {
+    QRect resized(QPoint(), size);
+    resized.moveBottomLeft(frame().bottomLeft());
+    setFrame(resized);
+}
+
+void FloatingWindow::setVisible(bool visible) {
+    wanted = visible;
+    QWidget::setVisible(wanted && !givingWay);
+}
+
+void FloatingWindow::setGivesWay(bool gives) {
+    if (gives == givingWay) return;
+    givingWay = gives;
+    QWidget::setVisible(wanted && !givingWay);
+}
+
+void FloatingWindow::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return;
+    if (isWayland()) {
+        windowHandle()->startSystemMove();  // where windows don't know their place, the compositor moves them
+        return;
+    }
+    const QRect before = frame();
+    drag = Drag{event->globalPosition() - before.topLeft(), false, Screens::areXwayland()};
+    if (!drag->grown) return;
+    setGeometry(Screens::desktop());
+    setFrame(before);
+}
+
+void FloatingWindow::mouseMoveEvent(QMouseEvent* event) {
+    if (!drag) return;
+    const QRect before = frame();
+    setFrame({(event->globalPosition() - drag->grip).toPoint(), before.size()});
+    drag->moved |= frame() != before;
+}
+
+void FloatingWindow::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) endDrag();
+}
+
+void FloatingWindow::endDrag() {
+    if (!drag) return;
+    const QRect dropped = frame();
+    const bool moved = drag->moved;
+    drag.reset();
+    setFrame(dropped);
+    if (moved && onMoved) onMoved();
+}
+
+void FloatingWindow::contextMenuEvent(QContextMenuEvent* event) {
+    if (onMenu) onMenu(event->globalPos());
+}
+
+void FloatingWindow::hideEvent(QHideEvent*) {
+    endDrag();
+}
+
+void FloatingWindow::resizeEvent(QResizeEvent*) {
+    clearMask();
+    if (connection() && !Screens::areXwayland() && !isComposited()) setMask(roundedRegion(rect(), cornerRadius));
+}
+
+bool FloatingWindow::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
+    if (!isVisible() || !isRestacking(*static_cast<xcb_generic_event_t*>(message))) return false;
+    raise();
+    if (QWidget* const popup = QApplication::activePopupWidget()) popup->raise();
+    return false;
+}

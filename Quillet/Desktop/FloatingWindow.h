@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QAbstractNativeEventFilter>
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "Desktop/Geometry.h"
+
+/// A small window above all others, full-screen ones included, on every workspace, in no task bar and never with
+/// the focus. It is dragged by its background. Coordinates are points with the origin at the bottom-left of the
+/// primary screen, y upwards.
+class FloatingWindow : public QWidget, private QAbstractNativeEventFilter {
+public:
+    /// The content view keeps its owner. Where the desktop shows no transparency, the corners are cut off instead.
+    explicit FloatingWindow(QWidget* content, double cornerRadius = 0);
+    ~FloatingWindow() override;
+
+    std::function<void()> onMoved;                      ///< At the end of a drag.
+    std::function<void(QPoint globalPosition)> onMenu;  ///< A right click.
+    std::function<void()> onScreensChanged;             ///< The place should be checked again.
+
+    /// Bottom-left corner. A place set while the user drags is ignored.
+    Point origin() const;
+    void setOrigin(Point origin);
+    void resizeKeepingOrigin(QSize size);
+
+    /// Stays away while it would cover a panel that it can't be put under.
+    void setGivesWay(bool givesWay);
+    void setVisible(bool visible) override;
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    struct Drag {
+        QPointF grip;  ///< From the bar's top left corner.
+        bool moved = false;
+        /// The window covers all screens and the bar moves within: under Xwayland some compositors lose the
+        /// pointer when the window itself moves beneath it.
+        bool grown = false;
+    };
+
+    bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
+    QRect frame() const;  ///< Of the bar itself, in the toolkit's coordinates.
+    void setFrame(const QRect& frame);
+    void endDrag();
+
+    const QPointer<QWidget> content;
+    const double cornerRadius;
+    std::optional<Drag> drag;
+    bool wanted = false;
+    bool givingWay = false;
+};

@@ -1,0 +1,194 @@
+#include "Desktop/NotifierItem.h"
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCall>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QtEndian>
+
+namespace {
+
+const QString interfaceName = QStringLiteral("org.kde.StatusNotifierItem");
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
+const QString menuPath = QStringLiteral("/MenuBar");
+constexpr int cellSize = 22;  // points
+
+const char* const description = R"xml(<interface name="org.kde.StatusNotifierItem">
+<property name="Category" type="s" access="read"/>
+<property name="Id" type="s" access="read"/>
+<property name="Title" type="s" access="read"/>
+<property name="Status" type="s" access="read"/>
+<property name="WindowId" type="i" access="read"/>
+<property name="IconName" type="s" access="read"/>
+<property name="IconPixmap" type="a(iiay)" access="read"/>
+<property name="IconThemePath" type="s" access="read"/>
+<property name="OverlayIconName" type="s" access="read"/>
+<property name="AttentionIconName" type="s" access="read"/>
+<property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
+<property name="ItemIsMenu" type="b" access="read"/>
+<property name="Menu" type="o" access="read"/>
+<method name="Activate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
+<method name="SecondaryActivate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
+<method name="Scroll"><arg type="i" direction="in"/><arg type="s" direction="in"/></method>
+<signal name="NewIcon"/>
+<signal name="NewToolTip"/>
+</interface>)xml";
+
+struct Pixmap {
+    int width = 0;
+    int height = 0;
+    QByteArray pixels;  ///< ARGB, most significant byte first.
+};
+
+struct ToolTip {
+    QString title;
+    QString text;
+};
+
+QDBusArgument& operator<<(QDBusArgument& out, const Pixmap& pixmap) {
+    out.beginStructure();
+    out << pixmap.width << pixmap.height << pixmap.pixels;
+    out.endStructure();
+    return out;
+}
+
+QDBusArgument& operator<<(QDBusArgument& out, const ToolTip& toolTip) {
+    out.beginStructure();
+    out << QString() << QList<Pixmap>() << toolTip.title << toolTip.text;  // the first two: an icon of its own
+    out.endStructure();
+    return out;
+}
+
+// Only ever sent.
+const QDBusArgument& operator>>(const QDBusArgument& in, Pixmap&) {
+    return in;
+}
+const QDBusArgument& operator>>(const QDBusArgument& in, ToolTip&) {
+    return in;
+}
+
+Pixmap pixmap(const QImage& image) {
+    QImage pixels = image.convertToFormat(QImage::Format_ARGB32);
+    const auto count = pixels.sizeInBytes() / 4;
+    qToBigEndian<quint32>(pixels.constBits(), count, pixels.bits());
+    return {pixels.width(),
+            pixels.height(),
+            {reinterpret_cast<const char*>(pixels.constBits()), pixels.sizeInBytes()}};
+}
+
+QString uniqueService() {
+    static int count = 0;
+    return QStringLiteral("%1-%2-%3").arg(interfaceName).arg(QCoreApplication::applicationPid()).arg(++count);
+}
+
+/// Hosts count in the screens' own pixels.
+QPoint toLogical(QPoint position) {
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QPoint corner = screen->geometry().topLeft();
+        const QRect own(corner, screen->geometry().size() * screen->devicePixelRatio());
+        if (own.contains(position)) return corner + (position - corner) / screen->devicePixelRatio();
+    }
+    return position;
+}
+
+}  // namespace
+
+NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host shownBy,
+                           StatusItem::Activate activation)
+    : bus(connection),
+      host(std::move(shownBy)),
+      onActivate(std::move(activation)),
+      service(uniqueService()),
+      menu(connection, menuPath) {
+    qDBusRegisterMetaType<Pixmap>();
+    qDBusRegisterMetaType<QList<Pixmap>>();
+    qDBusRegisterMetaType<ToolTip>();
+    bus.registerVirtualObject(itemPath, this);
+    bus.registerService(service);
+}
+
+/// Hosts drop the item when its name goes.
+NotifierItem::~NotifierItem() {
+    bus.unregisterService(service);
+    bus.unregisterObject(itemPath);
+}
+
+/// Registers with the first picture, since not every host asks again for one that was missing.
+void NotifierItem::setContent(const StatusContent& content) {
+    menu.setItems(content.menu);
+    auto& shape = host.showsWide ? content.wide : content.square;
+    if (std::exchange(images, shape) != shape) announce("NewIcon");
+    const QString text = QString::fromStdString(content.toolTip);
+    if (std::exchange(toolTip, text) != text) announce("NewToolTip");
+    if (std::exchange(registered, !images.empty()) || images.empty()) return;
+    auto message = QDBusMessage::createMethodCall(host.watcher, "/StatusNotifierWatcher",
+                                                  "org.kde.StatusNotifierWatcher", "RegisterStatusNotifierItem");
+    bus.asyncCall(message << service);
+}
+
+void NotifierItem::announce(const char* change) {
+    if (registered) bus.send(QDBusMessage::createSignal(itemPath, interfaceName, change));
+}
+
+QVariant NotifierItem::toolTipProperty() const {
+    QString text = toolTip;
+    for (const auto& [plain, markup] : {std::pair{"&", "&amp;"}, {"<", "&lt;"}, {">", "&gt;"}})
+        text.replace(plain, markup);
+    return QVariant::fromValue(ToolTip{QStringLiteral("Quillet"), text});
+}
+
+QVariantMap NotifierItem::properties() const {
+    QList<Pixmap> pixmaps;
+    for (const QImage& image : images)
+        pixmaps << pixmap(image);
+    return {
+        {"Category", "ApplicationStatus"},
+        {"Id", "quillet"},
+        {"Title", "Quillet"},
+        {"Status", "Active"},
+        {"WindowId", 0},
+        {"IconName", ""},
+        {"IconPixmap", QVariant::fromValue(pixmaps)},
+        {"IconThemePath", ""},
+        {"OverlayIconName", ""},
+        {"AttentionIconName", ""},
+        {"ToolTip", toolTipProperty()},
+        {"ItemIsMenu", false},
+        {"Menu", QVariant::fromValue(QDBusObjectPath(menuPath))},
+    };
+}
+
+void NotifierItem::activate(QPoint position) {
+    if (host.tellsPosition) {
+        place = QRect(0, 0, cellSize, cellSize);
+        place->moveCenter(toLogical(position));
+    }
+    onActivate(place);
+}
+
+bool NotifierItem::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
+    const QString member = message.member();
+    const QVariantList arguments = message.arguments();
+    if (member == "GetAll") {
+        connection.send(message.createReply(properties()));
+    } else if (member == "Get") {
+        const QVariant value = properties().value(arguments.value(1).toString());
+        if (!value.isValid()) return false;
+        connection.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
+    } else if (member == "Activate" || member == "SecondaryActivate") {
+        connection.send(message.createReply());
+        activate({arguments.value(0).toInt(), arguments.value(1).toInt()});
+    } else if (member == "Scroll") {
+        connection.send(message.createReply());
+    } else {
+        return false;  // ContextMenu too: hosts that draw no exported menu would get one without an anchor
+    }
+    return true;
+}
+
+QString NotifierItem::introspect(const QString&) const {
+    return description;
+}

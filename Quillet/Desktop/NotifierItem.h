@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QDBusVirtualObject>
+
+#include "Desktop/ExportedMenu.h"
+#include "Desktop/NotifierHost.h"
+#include "Desktop/StatusItem.h"
+
+/// An item shown by a StatusNotifier host, with its menu exported beside it. The toolkit's own offers only
+/// squares.
+class NotifierItem : public StatusItem::Form, QDBusVirtualObject {
+public:
+    NotifierItem(const QDBusConnection& bus, NotifierHost::Host host, StatusItem::Activate onActivate);
+    ~NotifierItem() override;
+
+    void setContent(const StatusContent& content) override;
+    std::optional<QRect> geometry() const override { return place; }
+
+private:
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
+    QString introspect(const QString& path) const override;
+    QVariantMap properties() const;
+    QVariant toolTipProperty() const;
+    void activate(QPoint position);
+    void announce(const char* change);
+
+    QDBusConnection bus;
+    const NotifierHost::Host host;
+    const StatusItem::Activate onActivate;
+    const QString service;
+    ExportedMenu menu;
+    std::vector<QImage> images;
+    QString toolTip;
+    std::optional<QRect> place;
+    bool registered = false;
+};

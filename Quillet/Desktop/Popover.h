@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QRect>
+#include <QWidget>
+#include <memory>
+#include <optional>
+
+class ClickCatcher;
+
+/// A borderless window with one view that hangs at the status item and closes when the user turns elsewhere: a
+/// click outside, Escape, or a click on the item. It takes the view's size, also while it is open.
+class Popover : public QWidget {
+public:
+    /// The view keeps its owner.
+    explicit Popover(QWidget* view);
+    ~Popover() override;
+
+    bool isShown() const;
+
+    /// Under `anchor` (the toolkit's screen coordinates), or over it where there is no room below, wholly on the
+    /// anchor's screen. An absent anchor stands for the pointer where it can be located, else for the top right
+    /// corner.
+    void show(std::optional<QRect> anchor);
+    void close();
+
+    /// Whether it closed so recently that the click that reaches the item now is the one that closed it.
+    bool justClosed() const;
+
+    /// Where a popover of `size` stands at `anchor`, within `area`.
+    static QRect place(const QRect& anchor, QSize size, const QRect& area);
+
+protected:
+    bool event(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    enum class Form {
+        popup,        ///< Grabs the pointer, and so sees every click.
+        window,       ///< One that the window manager gives the focus to, and takes it from.
+        caughtPopup,  ///< A popup above a catcher of clicks.
+    };
+
+    void open();
+    void takeForm(Form form);
+    QRect asked() const;  ///< Where it should be.
+    void follow();
+    void orderFocus();
+    void setBarsGiveWay(bool giveWay) const;
+
+    const QPointer<QWidget> view;
+    const std::unique_ptr<ClickCatcher> catcher;
+    std::optional<Form> form;
+    QRect anchor;
+    QElapsedTimer shownFor;
+    QElapsedTimer dismissedFor;  ///< Valid once the user dismissed it by turning elsewhere.
+};

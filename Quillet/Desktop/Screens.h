@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QRect>
+#include <functional>
+#include <optional>
+
+#include "Desktop/Geometry.h"
+
+class QObject;
+
+/// The attached screens. Rectangles of the toolkit count downwards from the top left; ours are in points with the
+/// origin at the bottom-left of the primary screen and y upwards.
+namespace Screens {
+
+Rect fromToolkit(const QRect& rect);
+QRect toToolkit(Rect rect);
+
+/// Whether the point is in the rectangle, minimum edges inside and maximum edges outside.
+bool contains(Rect rect, Point point);
+
+/// Whether one of the screens holds the point.
+bool hold(Point point);
+
+/// The primary screen without the desktop's panels; absent while there is no screen.
+std::optional<Rect> visibleFrame();
+
+/// In the toolkit's coordinates: all screens together, and the part without panels of the screen nearest to a
+/// point.
+QRect desktop();
+QRect available(QPoint nearest);
+
+/// `rect` moved, not resized, to lie in `area`; where it is too large its top left corner stays visible.
+QRect clamped(QRect rect, QRect area);
+
+/// Calls back, once for changes that come together, when screens come, go, or change in size or panels.
+void onChange(QObject* receiver, const std::function<void()>& changed);
+
+/// Windows are X11's, on a screen that belongs to a Wayland desktop: other programs' clicks and focus can't be
+/// seen.
+bool areXwayland();
+
+}  // namespace Screens

@@ -1,0 +1,97 @@
+#include "Desktop/StatusItem.h"
+
+#include <xcb/xcb.h>
+
+#include <QAbstractNativeEventFilter>
+#include <QApplication>
+#include <QTimer>
+
+#include "Desktop/CornerItem.h"
+#include "Desktop/NotifierHost.h"
+#include "Desktop/NotifierItem.h"
+#include "Desktop/TrayIcon.h"
+
+namespace {
+
+constexpr int embeddingDelay = 500;  // milliseconds; a panel that does both embeds before it can be notified
+constexpr int cornerDelay = 3000;    // milliseconds; a panel that restarts is back by then
+
+}  // namespace
+
+struct StatusItem::State : QAbstractNativeEventFilter {
+    explicit State(Activate activate);
+    ~State() override { qApp->removeNativeEventFilter(this); }
+
+    bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override;
+    void follow(std::optional<NotifierHost::Host> current);
+    void lookForEmbedding();
+    template <typename NewForm, typename... Arguments>
+    void take(Arguments&&... arguments);
+
+    const Activate onActivate;
+    StatusContent content;
+    std::unique_ptr<Form> form;
+    bool notified = true;  ///< Also until the first answer.
+    QTimer embedding;
+    QTimer corner;
+    NotifierHost host;
+};
+
+StatusItem::State::State(Activate activate)
+    : onActivate(std::move(activate)), host([this](auto current) { follow(std::move(current)); }) {
+    for (QTimer* timer : {&embedding, &corner})
+        timer->setSingleShot(true);
+    embedding.setInterval(embeddingDelay);
+    corner.setInterval(cornerDelay);
+    embedding.callOnTimeout([this] { lookForEmbedding(); });
+    corner.callOnTimeout([this] { take<CornerItem>(); });
+    qApp->installNativeEventFilter(this);
+}
+
+template <typename NewForm, typename... Arguments>
+void StatusItem::State::take(Arguments&&... arguments) {
+    form.reset();  // never two items at once
+    form = std::make_unique<NewForm>(std::forward<Arguments>(arguments)..., onActivate);
+    form->setContent(content);
+}
+
+void StatusItem::State::follow(std::optional<NotifierHost::Host> current) {
+    notified = current.has_value();
+    corner.stop();
+    if (!current) return lookForEmbedding();
+    embedding.stop();
+    take<NotifierItem>(host.connection(), *current);
+}
+
+/// Asks only while no host can be notified, since the first question settles for the whole process whether the
+/// toolkit's icon embeds itself.
+void StatusItem::State::lookForEmbedding() {
+    if (TrayIcon::hasHost()) {
+        corner.stop();
+        if (!dynamic_cast<TrayIcon*>(form.get())) take<TrayIcon>();
+    } else if (!dynamic_cast<CornerItem*>(form.get())) {
+        form.reset();
+        corner.start();
+    }
+}
+
+/// A tray that embeds windows announces itself by a client message, and goes with its window.
+bool StatusItem::State::nativeEventFilter(const QByteArray& type, void* message, qintptr*) {
+    if (notified || embedding.isActive() || type != "xcb_generic_event_t") return false;
+    const auto event = static_cast<xcb_generic_event_t*>(message)->response_type & 0x7f;
+    if (event == XCB_CLIENT_MESSAGE || event == XCB_DESTROY_NOTIFY) embedding.start();
+    return false;
+}
+
+StatusItem::StatusItem(Activate onActivate) : state(std::make_unique<State>(std::move(onActivate))) {}
+
+StatusItem::~StatusItem() = default;
+
+void StatusItem::setContent(StatusContent content) {
+    state->content = std::move(content);
+    if (state->form) state->form->setContent(state->content);
+}
+
+std::optional<QRect> StatusItem::geometry() const {
+    return state->form ? state->form->geometry() : std::nullopt;
+}

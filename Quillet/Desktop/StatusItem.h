@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QImage>
+#include <QRect>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Desktop/MenuItem.h"
+
+/// What a status item shows, in all the shapes that a host may ask for. A host gets one shape, never both.
+struct StatusContent {
+    std::vector<QImage> wide;    ///< 22 points high, at 1 and 2 pixels per point.
+    std::vector<QImage> square;  ///< 22 by 22 points, at 1 and 2 pixels per point.
+    std::string toolTip;         ///< Lines.
+    MenuItems menu;
+};
+
+/// The application's place in the desktop's tray, in the form that the desktop has a host for: a StatusNotifier
+/// item, the toolkit's tray icon where hosts only embed windows, or a small window of its own at the screen's top
+/// right while there is no host at all. Hosts may come late, restart and go; the item follows.
+class StatusItem {
+public:
+    /// Called with where the item stands; absent when the host doesn't tell.
+    using Activate = std::function<void(std::optional<QRect> itemGeometry)>;
+
+    explicit StatusItem(Activate onActivate);
+    ~StatusItem();
+
+    void setContent(StatusContent content);
+
+    /// Where the item stands on the screen, in device-independent pixels; absent when the host doesn't tell.
+    std::optional<QRect> geometry() const;
+
+    /// One way to stand on the desktop. It lives as long as its host does.
+    class Form {
+    public:
+        virtual ~Form() = default;
+        virtual void setContent(const StatusContent& content) = 0;
+        virtual std::optional<QRect> geometry() const = 0;
+    };
+
+private:
+    struct State;
+    std::unique_ptr<State> state;
+};

@@ -1,0 +1,6 @@
+#include "Desktop/TouchBar.h"
+
+TouchBarOperations& TouchBarOperations::shared() {
+    static TouchBarOperations operations;
+    return operations;
+}

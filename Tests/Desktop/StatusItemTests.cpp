@@ -1,0 +1,180 @@
+// A session bus of the test's own, with a tray host on it that is this process, under the names of known hosts.
+#include "Desktop/StatusItem.h"
+
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QEventLoop>
+#include <QProcess>
+#include <QTimer>
+
+namespace {
+
+struct Session {
+    Session() {
+        bus.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
+        bus.waitForReadyRead();
+        qputenv("DBUS_SESSION_BUS_ADDRESS", bus.readLine().trimmed());
+    }
+    ~Session() { bus.kill(), bus.waitForFinished(); }
+    QProcess bus;
+};
+
+struct Row {
+    int id = 0;
+    QVariantMap properties;
+};
+
+struct Host : QDBusVirtualObject {
+    Host() { bus.registerVirtualObject("/StatusNotifierWatcher", this); }
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
+        if (message.member() == "RegisterStatusNotifierItem") item = message.arguments()[0].toString();
+        return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
+    }
+    void start(const char* process) {
+        prctl(PR_SET_NAME, process);
+        item.clear();
+        bus.registerService("org.kde.StatusNotifierWatcher");
+        for (int i = 0; i < 1000 && item.isEmpty(); ++i)
+            wait(5);
+    }
+    static void wait(int milliseconds) {
+        QEventLoop loop;
+        QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    QVariantList ask(const QString& path, const QString& interface, const QString& method,
+                     QVariantList arguments) {
+        auto message = QDBusMessage::createMethodCall(item, path, interface, method);
+        message.setArguments(arguments);
+        QDBusPendingCallWatcher answer(bus.asyncCall(message));
+        QEventLoop loop;
+        QObject::connect(&answer, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+        loop.exec();
+        return answer.reply().arguments();
+    }
+    QVariantList menu(const QString& method, QVariantList arguments) {
+        return ask("/MenuBar", "com.canonical.dbusmenu", method, arguments);
+    }
+    void click(int id) { menu("Event", {id, "clicked", QVariant::fromValue(QDBusVariant("")), 0u}), wait(0); }
+    std::vector<Row> rows() {
+        const auto layout = menu("GetLayout", {0, -1, QStringList()}).value(1).value<QDBusArgument>();
+        Row root, row;
+        std::vector<Row> rows;
+        for (layout.beginStructure(), layout >> root.id >> root.properties, layout.beginArray();
+             !layout.atEnd();) {
+            QDBusVariant child;
+            layout >> child;
+            const auto fields = child.variant().value<QDBusArgument>();
+            fields.beginStructure(), fields >> row.id >> row.properties;
+            rows.push_back(row);
+        }
+        return rows;
+    }
+    /// Each picture's width and first pixel.
+    std::vector<std::pair<int, QByteArray>> pictures() {
+        const auto got = ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", {"", "IconPixmap"});
+        const auto list = got.value(0).value<QDBusVariant>().variant().value<QDBusArgument>();
+        std::vector<std::pair<int, QByteArray>> pictures;
+        for (list.beginArray(); !list.atEnd(); list.endStructure()) {
+            int width = 0, height = 0;
+            QByteArray pixels;
+            list.beginStructure(), list >> width >> height >> pixels;
+            pictures.emplace_back(width, pixels.left(4));
+        }
+        return pictures;
+    }
+    QDBusConnection bus = QDBusConnection::connectToBus(qgetenv("DBUS_SESSION_BUS_ADDRESS"), "host");
+    QString item;
+};
+
+StatusContent content(QColor color, MenuItems menu = {}) {
+    const auto image = [color](int width, int height) {
+        QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
+        image.fill(color);
+        return image;
+    };
+    return {{image(90, 22), image(180, 44)}, {image(22, 22), image(44, 44)}, "Claude 42 %", std::move(menu)};
+}
+
+TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
+    const Session session;
+    std::optional<QRect> place;
+    StatusItem item([&](std::optional<QRect> itemGeometry) { place = itemGeometry; });
+    item.setContent(content(QColor(1, 2, 3)));
+    Host host;
+    using Pictures = std::vector<std::pair<int, QByteArray>>;
+    const QByteArray pixel("\xff\1\2\3");
+    const Pictures wide{{90, pixel}, {180, pixel}}, square{{22, pixel}, {44, pixel}};
+    const struct {
+        const char* process;
+        Pictures pictures;
+        std::optional<QPoint> clicked;
+    } cases[] = {{"panel-12-systray", square, QPoint(100, 200)},
+                 {"notification-area-applet", wide, {}},
+                 {"waybar", wide, {}},
+                 {"lxqt-panel", square, QPoint(100, 200)},
+                 {"some-other-host", square, {}}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.process);
+        host.start(c.process);
+        EXPECT_EQ(host.pictures(), c.pictures);
+        place = QRect(1, 1, 1, 1);
+        host.ask("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", {100, 200});
+        EXPECT_EQ(place ? std::optional(place->center()) : std::nullopt,
+                  c.clicked ? std::optional(*c.clicked) : std::nullopt);
+        host.bus.unregisterService("org.kde.StatusNotifierWatcher");
+    }
+    host.start("waybar");
+    QTimer announced;
+    host.bus.connect(host.item, "/StatusNotifierItem", "org.kde.StatusNotifierItem", "NewIcon", &announced,
+                     SLOT(start()));
+    item.setContent(content(QColor(1, 2, 3)));
+    host.pictures();
+    EXPECT_FALSE(announced.isActive()) << "the same picture";
+    item.setContent(content(Qt::white));
+    EXPECT_EQ(host.pictures()[0].second, "\xff\xff\xff\xff");
+    EXPECT_TRUE(announced.isActive());
+}
+
+TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
+    const Session session;
+    Host host;
+    auto item = std::make_unique<StatusItem>([](auto) {});
+    std::string chosen;
+    const auto choose = [&](std::string title) { return [&, title] { chosen += title; }; };
+    const MenuItem heading{"Head_ing", {}, {}, {}}, first{"First", 'r', true, choose("First")}, separator,
+        gone{"Gone", {}, {}, [&] { item.reset(); }};
+    item->setContent(content(Qt::red, {heading, first, separator, gone}));
+    host.start("waybar");
+    const auto rows = host.rows();
+    ASSERT_EQ(rows.size(), 4u);
+    EXPECT_EQ(rows[0].properties["label"], "Head__ing") << "no mnemonic";
+    EXPECT_EQ(rows[0].properties["enabled"], false);
+    EXPECT_EQ(rows[1].properties["toggle-state"], 1);
+    EXPECT_EQ(rows[2].properties["type"], "separator");
+
+    host.menu("AboutToShow", {0});
+    const MenuItem added{"Added", {}, {}, choose("Added")};
+    item->setContent(content(Qt::red, {added, heading, first, separator, gone}));
+    EXPECT_EQ(host.rows().size(), 4u) << "may be open";
+    host.click(rows[0].id);  // nothing: a heading
+    EXPECT_EQ(host.rows().size(), 4u);
+    host.click(rows[1].id);
+    EXPECT_EQ(host.rows().size(), 5u) << "a click closes it";
+    host.click(host.rows()[0].id);
+    host.click(rows[1].id);  // an id from before the change
+    host.click(12345);
+    EXPECT_EQ(chosen, "FirstAddedFirst");
+    host.click(rows[3].id);
+    EXPECT_EQ(item, nullptr);
+}
+
+}  // namespace
