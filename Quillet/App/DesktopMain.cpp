@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "App/Application.h"
 #include "CLI/Previews.h"
 
 extern char** environ;
@@ -63,4 +64,8 @@ extern "C" Q_DECL_EXPORT void quilletPicture(const char* command, const char* ou
     if (picture == "preview") CLI::preview(outPath);
     if (picture == "panel") CLI::panel(outPath);
     if (picture == "menubar") CLI::menubar(outPath);
+}
+
+extern "C" Q_DECL_EXPORT void quilletWatch() {
+    Application::run();
 }

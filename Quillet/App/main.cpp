@@ -47,17 +47,26 @@ std::string outPath(const Arguments& arguments) {
     return given ? *(option + 1) : "/tmp/quillet-" + arguments.front() + ".png";
 }
 
-/// Only these commands load the module, so that the others neither need the toolkit nor wait for it.
-void drawPicture(const Arguments& arguments) {
+/// An operation of the desktop half, which only the commands that need it load, so that the others neither need
+/// the toolkit nor wait for it. Without it, says so and returns nothing.
+template <typename Operation>
+Operation desktopOperation(const char* name) {
     // Found beside the executable, through its run path.
-    void* module = dlopen("libquillet-desktop.so", RTLD_NOW | RTLD_LOCAL);
+    void* const module = dlopen("libquillet-desktop.so", RTLD_NOW | RTLD_LOCAL);
+    void* const operation = module ? dlsym(module, name) : nullptr;
+    if (!operation) std::fputs("quillet: the desktop half is not installed\n", stderr);
+    return reinterpret_cast<Operation>(operation);
+}
+
+void drawPicture(const Arguments& arguments) {
     using Draw = void (*)(const char* command, const char* outPath);
-    const auto draw = module ? reinterpret_cast<Draw>(dlsym(module, "quilletPicture")) : nullptr;
-    if (!draw) {
-        std::fputs("quillet: the desktop half is not installed\n", stderr);
-        return;
+    if (const auto draw = desktopOperation<Draw>("quilletPicture")) {
+        draw(arguments.front().c_str(), outPath(arguments).c_str());
     }
-    draw(arguments.front().c_str(), outPath(arguments).c_str());
+}
+
+void watch() {
+    if (const auto run = desktopOperation<void (*)()>("quilletWatch")) run();
 }
 
 }  // namespace
@@ -72,7 +81,7 @@ int main(int argc, char** argv) {
     } else if (drawsPicture(command)) {
         drawPicture(arguments);
     } else if (command == "watch") {
-        std::fputs("quillet: the desktop application is not built yet\n", stderr);
+        watch();
     } else if (command == "version" || command == "--version") {
         std::fputs(version, stdout);
     } else {

@@ -1,0 +1,131 @@
+#include "App/AppDelegate.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
+#include "Desktop/Picture.h"
+#include "Platform/HardwareModel.h"
+#include "Platform/UserDefaults.h"
+#include "Providers/Collectors.h"
+#include "Rendering/ProviderChip.h"
+#include "Support/HTTP.h"
+
+namespace {
+
+constexpr Rect chip{0, 0, 22, 22};
+constexpr double chipScale = 2;  // pixels per point
+
+constexpr const char* touchBarModels[] = {
+    "MacBookPro13,2", "MacBookPro13,3", "MacBookPro14,2", "MacBookPro14,3", "MacBookPro15,1",
+    "MacBookPro15,2", "MacBookPro15,3", "MacBookPro15,4", "MacBookPro16,1", "MacBookPro16,2",
+    "MacBookPro16,3", "MacBookPro16,4", "MacBookPro17,1",
+};
+
+constexpr int mostPasses = 8;  // at a time; one that hangs must not hold up the next
+constexpr int patience = 500;  // milliseconds that the end waits for a collection to notice
+
+QImage chipIcon(Provider provider) {
+    return Picture::of({chip.width, chip.height}, chipScale,
+                       [&](Canvas& canvas) { ProviderChip::draw(canvas, provider, chip, false); });
+}
+
+}  // namespace
+
+AppDelegate::AppDelegate() {
+    queue.setThreadPriority(QThread::LowPriority);
+    queue.setMaxThreadCount(mostPasses);
+}
+
+AppDelegate::~AppDelegate() {
+    stopping.request_stop();
+    HTTP::shutDown();
+    // A file system that hangs is not worth waiting for; everything that is kept has been saved already.
+    if (!queue.waitForDone(patience)) std::_Exit(0);
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    settings = DisplaySettings::load(hasPhysicalTouchBar());
+    setUpPanel();
+    applySurfaces();
+    refresh();
+    connect(&timer, &QTimer::timeout, this, &AppDelegate::refresh);
+    // The timer counts in milliseconds up to 24 days.
+    const double milliseconds = std::min(config.intervalSeconds * 1000, double(std::numeric_limits<int>::max()));
+    timer.start(static_cast<int>(milliseconds));
+}
+
+void AppDelegate::refresh() {
+    queue.start([delegate = QPointer(this), providers = enabledProviders(), stop = stopping.get_token()] {
+        Snapshots results;
+        for (const Provider provider : providers) {
+            if (stop.stop_requested()) return;
+            results.insert_or_assign(provider, Collectors::collect(provider));
+        }
+        const auto deliver = [delegate, results = std::move(results)]() mutable {
+            if (delegate) delegate->apply(std::move(results));
+        };
+        QMetaObject::invokeMethod(QCoreApplication::instance(), deliver, Qt::QueuedConnection);
+    });
+}
+
+void AppDelegate::apply(Snapshots results) {
+    const bool collected = !results.empty();
+    snapshots = std::move(results);
+    updateStatusItem();
+    touchStrip.update(stripEntries());
+    floatingStrip.update(stripEntries());
+    if (floatingWindow) {
+        sizeFloatingWindow();
+        positionFloatingWindow();  // at the top right it would else grow over the screen's edge
+    }
+    updateTrayGlyph();
+    panelView.update(panelEntries());
+
+    const bool showsTouchBar = hasPhysicalTouchBar() && settings.surfaces.contains(DisplaySurface::touchBar);
+    if (showsTouchBar && !presentedInitialModal && collected) {
+        presentedInitialModal = true;
+        presentModalStrip();
+    }
+}
+
+std::vector<Provider> AppDelegate::enabledProviders() {
+    const auto stored = UserDefaults::textArray(visibleProvidersKey).value_or(std::vector<std::string>());
+    std::vector<Provider> shown;
+    for (const Provider provider : Provider::allCases()) {
+        if (std::ranges::find(stored, provider.rawValue()) != stored.end()) shown.push_back(provider);
+    }
+    if (!shown.empty()) return shown;
+    const auto all = Provider::allCases();
+    return {all.begin(), all.end()};
+}
+
+bool AppDelegate::isProviderVisible(Provider provider) {
+    return std::ranges::count(enabledProviders(), provider) > 0;
+}
+
+bool AppDelegate::hasPhysicalTouchBar() {
+    return std::ranges::count(touchBarModels, HardwareModel::identifier()) > 0;
+}
+
+std::optional<UsageSnapshot> AppDelegate::snapshot(Provider provider) const {
+    const auto found = snapshots.find(provider);
+    return found == snapshots.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::vector<StripView::Entry> AppDelegate::stripEntries() const {
+    std::vector<StripView::Entry> entries;
+    for (const Provider provider : enabledProviders()) {
+        entries.push_back({provider, chipIcon(provider), snapshot(provider)});
+    }
+    return entries;
+}
+
+std::vector<PanelView::Entry> AppDelegate::panelEntries() const {
+    std::vector<PanelView::Entry> entries;
+    for (const Provider provider : enabledProviders())
+        entries.push_back({provider, snapshot(provider)});
+    return entries;
+}

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <QObject>
+#include <QThreadPool>
+#include <QTimer>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "App/FloatingContainerView.h"
+#include "Desktop/FloatingWindow.h"
+#include "Desktop/MenuItem.h"
+#include "Desktop/Popover.h"
+#include "Desktop/StatusItem.h"
+#include "Desktop/TouchBar.h"
+#include "Model/AppConfig.h"
+#include "Model/DisplaySettings.h"
+#include "Model/UsageSnapshot.h"
+#include "PanelView/PanelView.h"
+#include "StripView/StripView.h"
+
+/// The running application: the latest snapshots and every surface that shows them. For the main thread, which it
+/// never keeps waiting: collections run in the background and come back as finished tables.
+class AppDelegate : public QObject {
+public:
+    using Snapshots = std::map<Provider, UsageSnapshot>;
+
+    static constexpr const char* trayIdentifier = "com.zendrik.quillet.summary";
+    static constexpr const char* stripIdentifier = "com.zendrik.quillet.strip";
+    static constexpr const char* visibleProvidersKey = "visibleProviders";  ///< Of the user defaults.
+
+    AppDelegate();
+    ~AppDelegate() override;  ///< Waits for no collection.
+
+    void applicationDidFinishLaunching();
+
+    /// Starts a collection of the shown providers and returns at once. Passes may overlap; the one that ends last
+    /// is shown.
+    void refresh();
+
+    static std::vector<Provider> enabledProviders();  ///< The shown ones, in the fixed order.
+    static bool isProviderVisible(Provider provider);
+    static bool hasPhysicalTouchBar();
+
+    void applySurfaces();
+    void setSurface(DisplaySurface surface, bool on);
+    void setProviderVisible(Provider provider, bool on);
+
+    void togglePopover(std::optional<QRect> itemGeometry);  ///< Of the item, where it is known.
+    void showPopover();
+    void presentModalStrip();
+
+private:
+    friend class AppDelegateProbe;
+
+    // Refresh
+    void apply(Snapshots results);
+    std::optional<UsageSnapshot> snapshot(Provider provider) const;
+    std::vector<StripView::Entry> stripEntries() const;
+    std::vector<PanelView::Entry> panelEntries() const;
+
+    // Surfaces
+    void setUpPanel();
+    void setUpStatusItem();
+    void updateStatusItem();
+    std::string toolTip() const;
+    void showFloatingWindow();
+    void sizeFloatingWindow();
+    void positionFloatingWindow();
+    void windowDidMove() const;
+
+    // Touch Bar
+    void installTrayItem();
+    void removeTrayItem();
+    void updateTrayGlyph();
+    void controlStripTapped() { presentModalStrip(); }
+    std::optional<TouchBarItem> makeItem(const std::string& identifier);
+
+    // Menu
+    MenuItems contextMenu();
+    void showContextMenu(QPoint position);
+    MenuItem surfaceItem(DisplaySurface surface);
+    MenuItem providerItem(Provider provider);
+    void toggleSurface(DisplaySurface surface);
+    void toggleProvider(Provider provider);
+    static void openDonate();
+
+    const AppConfig config = AppConfig::load();
+    Snapshots snapshots;
+    PanelView panelView;
+    Popover popover{&panelView};
+    StripView floatingStrip;
+    StripView touchStrip;
+    FloatingContainerView floatingContainer{&floatingStrip};
+    std::unique_ptr<FloatingWindow> floatingWindow;  // from the first time on that it is shown
+    std::unique_ptr<StatusItem> statusItem;          // while the menu bar is a surface
+    std::optional<TouchBar> modalTouchBar;           // from the first presentation on
+    std::optional<TouchBarItem> trayItem;
+    bool trayInstalled = false;
+    bool presentedInitialModal = false;
+    DisplaySettings settings{{DisplaySurface::menuBar}};
+    QTimer timer;
+    QThreadPool queue;
+    std::stop_source stopping;
+};

@@ -1,0 +1,103 @@
+// The context menu and the choices behind it, which the panel's buttons make too.
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QMenu>
+#include <QUrl>
+#include <algorithm>
+
+#include "App/AppDelegate.h"
+#include "Desktop/ClickCatcher.h"
+#include "Platform/UserDefaults.h"
+
+namespace {
+
+constexpr const char* donationPage = "https://zendrik.com/#donate";
+
+const char* surfaceTitle(DisplaySurface surface) {
+    switch (surface) {
+    case DisplaySurface::menuBar:
+        return "  Menu Bar";
+    case DisplaySurface::floatingBar:
+        return "  Floating Bar (always on top)";
+    case DisplaySurface::touchBar:
+        return "  Touch Bar";
+    }
+    return "";
+}
+
+MenuItem heading(const char* title) {
+    return {title, {}, {}, {}};
+}
+
+MenuItem command(const char* title, std::optional<char> key, std::function<void()> action) {
+    return {title, key, {}, std::move(action)};
+}
+
+}  // namespace
+
+MenuItems AppDelegate::contextMenu() {
+    const bool hasTouchBar = hasPhysicalTouchBar();
+    MenuItems items{heading("Show In")};
+    for (const DisplaySurface surface : DisplaySurface::allCases()) {
+        if (surface != DisplaySurface::touchBar || hasTouchBar) items.push_back(surfaceItem(surface));
+    }
+    items.push_back({});
+    items.push_back(heading("Providers"));
+    for (const Provider provider : Provider::allCases())
+        items.push_back(providerItem(provider));
+    items.push_back({});
+    items.push_back(command("Refresh", 'r', [this] { refresh(); }));
+    if (hasTouchBar && settings.surfaces.contains(DisplaySurface::touchBar)) {
+        items.push_back(command("Expand on Touch Bar", 't', [this] { presentModalStrip(); }));
+    }
+    items.push_back(command("Support zendrik — Donate…", {}, openDonate));
+    items.push_back({});
+    items.push_back(command("Quit Quillet", 'q', [] { QCoreApplication::quit(); }));
+    return items;
+}
+
+MenuItem AppDelegate::surfaceItem(DisplaySurface surface) {
+    return {surfaceTitle(surface), {}, settings.surfaces.contains(surface), [this, surface] {
+                toggleSurface(surface);
+            }};
+}
+
+MenuItem AppDelegate::providerItem(Provider provider) {
+    return {"  " + std::string(provider.rawValue()), {}, isProviderVisible(provider), [this, provider] {
+                toggleProvider(provider);
+            }};
+}
+
+void AppDelegate::showContextMenu(QPoint position) {
+    QMenu menu;
+    const ClickCatcher catcher(&menu);
+    fillMenu(menu, contextMenu());
+    menu.exec(position);
+}
+
+void AppDelegate::toggleSurface(DisplaySurface surface) {
+    setSurface(surface, !settings.surfaces.contains(surface));
+}
+
+void AppDelegate::toggleProvider(Provider provider) {
+    setProviderVisible(provider, !isProviderVisible(provider));
+}
+
+void AppDelegate::setProviderVisible(Provider provider, bool on) {
+    auto shown = enabledProviders();
+    std::erase(shown, provider);
+    // Switching off the last one leaves it shown.
+    if (on || shown.empty()) shown.push_back(provider);
+    std::ranges::sort(shown);
+
+    std::vector<std::string> stored;
+    for (const Provider visible : shown)
+        stored.emplace_back(visible.rawValue());
+    UserDefaults::setTextArray(visibleProvidersKey, stored);
+    refresh();
+    applySurfaces();
+}
+
+void AppDelegate::openDonate() {
+    QDesktopServices::openUrl(QUrl(donationPage));
+}

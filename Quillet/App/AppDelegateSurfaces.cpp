@@ -1,0 +1,150 @@
+// The status item with its popover, and the floating bar.
+#include <algorithm>
+
+#include "App/AppDelegate.h"
+#include "CLI/CLI.h"
+#include "Desktop/PointText.h"
+#include "Desktop/Screens.h"
+#include "Platform/UserDefaults.h"
+#include "Rendering/StatusSummary.h"
+
+namespace {
+
+constexpr const char* originKey = "floatingBarOrigin";
+
+constexpr struct {
+    double height = 38;
+    double leastStrip = 240;
+    Rect strip{8, 4, 0, 30};  // as wide as it needs
+    double right = 12;        // from the screen's edges, where no place is remembered
+    double top = 6;
+} bar;
+
+}  // namespace
+
+void AppDelegate::setUpPanel() {
+    panelView.hasTouchBar = hasPhysicalTouchBar();
+    panelView.settings = settings;
+    panelView.onRefresh = [this] { refresh(); };
+    panelView.onDonate = [this] { openDonate(); };
+    panelView.onToggleSurface = [this](DisplaySurface surface, bool on) { setSurface(surface, on); };
+    panelView.onToggleProvider = [this](Provider provider, bool on) { setProviderVisible(provider, on); };
+    panelView.isProviderVisible = [this](Provider provider) { return isProviderVisible(provider); };
+    panelView.update(panelEntries());
+}
+
+void AppDelegate::applySurfaces() {
+    const auto shows = [this](DisplaySurface surface) { return settings.surfaces.contains(surface); };
+    if (!shows(DisplaySurface::menuBar) && !settings.surfaces.empty()) {
+        statusItem.reset();
+    } else if (!statusItem) {
+        setUpStatusItem();
+    }
+
+    if (shows(DisplaySurface::floatingBar)) {
+        showFloatingWindow();
+    } else if (floatingWindow) {
+        floatingWindow->hide();
+    }
+
+    if (hasPhysicalTouchBar() && shows(DisplaySurface::touchBar)) {
+        installTrayItem();
+    } else if (hasPhysicalTouchBar()) {
+        removeTrayItem();
+    }
+
+    updateStatusItem();
+    panelView.settings = settings;
+    panelView.update(panelEntries());
+}
+
+void AppDelegate::setSurface(DisplaySurface surface, bool on) {
+    if (on) {
+        settings.surfaces.insert(surface);
+    } else {
+        settings.surfaces.erase(surface);
+    }
+    settings.save();
+    applySurfaces();
+}
+
+void AppDelegate::setUpStatusItem() {
+    statusItem = std::make_unique<StatusItem>([this](std::optional<QRect> geometry) { togglePopover(geometry); });
+}
+
+void AppDelegate::updateStatusItem() {
+    if (!statusItem) return;
+    const auto providers = enabledProviders();
+    StatusContent content;
+    for (const double scale : {1.0, 2.0}) {
+        content.wide.push_back(StatusSummary::renderForTray(snapshots, providers, scale));
+        content.square.push_back(StatusSummary::renderSquare(snapshots, providers, scale));
+    }
+    content.toolTip = toolTip();
+    content.menu = contextMenu();
+    statusItem->setContent(std::move(content));
+}
+
+/// The text report's lines, without its banner.
+std::string AppDelegate::toolTip() const {
+    CLI::Collected collected;
+    for (const Provider provider : enabledProviders()) {
+        if (const auto known = snapshot(provider)) collected.emplace_back(provider, *known);
+    }
+    std::string report = CLI::textReport(collected);
+    report.erase(0, report.find('\n') + 1);
+    return report;
+}
+
+void AppDelegate::togglePopover(std::optional<QRect> itemGeometry) {
+    if (popover.isShown()) {
+        popover.close();
+    } else if (!popover.justClosed()) {
+        popover.show(itemGeometry);
+    }
+}
+
+void AppDelegate::showPopover() {
+    if (!popover.isShown()) popover.show(statusItem ? statusItem->geometry() : std::nullopt);
+}
+
+void AppDelegate::showFloatingWindow() {
+    if (!floatingWindow) {
+        floatingWindow = std::make_unique<FloatingWindow>(&floatingContainer, FloatingContainerView::cornerRadius);
+        floatingWindow->onMoved = [this] { windowDidMove(); };
+        floatingWindow->onScreensChanged = [this] { positionFloatingWindow(); };
+        floatingWindow->onMenu = [this](QPoint position) { showContextMenu(position); };
+    }
+    sizeFloatingWindow();
+    positionFloatingWindow();
+    floatingWindow->show();
+}
+
+void AppDelegate::sizeFloatingWindow() {
+    const double width = std::max(floatingStrip.measuredWidth(), bar.leastStrip);
+    const QSize size(static_cast<int>(width + 2 * bar.strip.x), static_cast<int>(bar.height));
+    if (floatingWindow->size() != size) floatingWindow->resizeKeepingOrigin(size);
+    floatingStrip.setGeometry(static_cast<int>(bar.strip.x), static_cast<int>(bar.strip.y),
+                              static_cast<int>(width), static_cast<int>(bar.strip.height));
+}
+
+/// Where the user left it, if that is still on a screen; else at the top right, under a status item that stands
+/// there.
+void AppDelegate::positionFloatingWindow() {
+    const Point remembered = PointText::parse(UserDefaults::text(originKey).value_or(""));
+    const bool isRemembered = remembered.x != 0 || remembered.y != 0;
+    if (isRemembered && Screens::hold(remembered)) return floatingWindow->setOrigin(remembered);
+
+    const auto visible = Screens::visibleFrame();
+    if (!visible) return;
+    const auto item = statusItem ? statusItem->geometry() : std::nullopt;
+    const double itemBottom = item ? Screens::fromToolkit(*item).y : visible->maxY();
+    const bool itemIsAtTop = itemBottom > visible->maxY() - bar.height && itemBottom < visible->maxY();
+    const double top = itemIsAtTop ? itemBottom : visible->maxY();
+    floatingWindow->setOrigin(
+        {visible->maxX() - floatingWindow->width() - bar.right, top - floatingWindow->height() - bar.top});
+}
+
+void AppDelegate::windowDidMove() const {
+    UserDefaults::setText(originKey, PointText::format(floatingWindow->origin()));
+}

@@ -1,0 +1,100 @@
+#include "App/Application.h"
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QSocketNotifier>
+#include <csignal>
+#include <cstdio>
+
+#include "App/AppDelegate.h"
+
+namespace {
+
+constexpr const char* serviceName = "com.zendrik.Quillet";
+constexpr const char* objectPath = "/com/zendrik/Quillet";
+constexpr const char* showPanel = "ShowPanel";
+
+bool isSet(const char* variable) {
+    return !qEnvironmentVariableIsEmpty(variable);
+}
+
+/// On Wayland a program can't place its windows, keep them above others or on every workspace. Through Xwayland it
+/// can, where there is one.
+void choosePlatform() {
+    if (isSet("WAYLAND_DISPLAY") && isSet("DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
+    }
+}
+
+/// Makes the signals that ask a program to end readable, for the event loop to notice. Made before any other
+/// thread, so that none of them is interrupted instead.
+int openSignals() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP})
+        sigaddset(&ending, number);
+    pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+    return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+/// The session's door to the running application, for a second start to knock at.
+class Door : public QDBusVirtualObject {
+public:
+    explicit Door(AppDelegate& delegate) : delegate(delegate) {}
+
+    QString introspect(const QString&) const override {
+        return QStringLiteral("<interface name=\"%1\"><method name=\"%2\"/></interface>")
+            .arg(serviceName, showPanel);
+    }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        if (message.member() != QLatin1String(showPanel)) return false;
+        delegate.showPopover();
+        return connection.send(message.createReply());
+    }
+
+private:
+    AppDelegate& delegate;
+};
+
+/// Whether the session has an application already, which then shows its panel.
+bool isRunningElsewhere() {
+    auto bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected() || bus.registerService(serviceName)) return false;
+    bus.call(QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, showPanel));
+    return true;
+}
+
+}  // namespace
+
+void Application::run() {
+    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
+        std::fputs("quillet: there is no display to run on\n", stderr);
+        return;
+    }
+    const int signalDescriptor = openSignals();
+    choosePlatform();
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+
+    int count = 1;
+    char name[] = "quillet";
+    char* arguments[] = {name, nullptr};
+    QApplication application(count, arguments);
+    QApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
+    QApplication::setDesktopFileName(QStringLiteral("quillet"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    QSocketNotifier signalled(signalDescriptor, QSocketNotifier::Read);
+    QObject::connect(&signalled, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
+    if (isRunningElsewhere()) return;
+
+    AppDelegate delegate;
+    Door door(delegate);
+    QDBusConnection::sessionBus().registerVirtualObject(objectPath, &door);
+    delegate.applicationDidFinishLaunching();
+    QApplication::exec();
+}

@@ -1,0 +1,266 @@
+#include "App/AppDelegate.h"
+
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QThread>
+#include <filesystem>
+
+#include "Platform/HardwareModel.h"
+#include "Platform/UserDefaults.h"
+#include "Support/HTTP.h"
+#include "Tests/Support/TemporaryHome.h"
+
+using Snapshots = AppDelegate::Snapshots;
+using Texts = std::vector<std::string>;
+
+/// Sees into the delegate and does to it what its surfaces would.
+class AppDelegateProbe {
+public:
+    AppDelegateProbe() { delegate.applicationDidFinishLaunching(); }
+
+    void apply(const Texts& providers, double percent) {
+        Snapshots results;
+        for (const auto& name : providers) {
+            UsageSnapshot snapshot(*Provider::fromRawValue(name));
+            snapshot.dailyPercent = percent;
+            results.insert_or_assign(snapshot.provider, snapshot);
+        }
+        delegate.apply(std::move(results));
+    }
+
+    void awaitCollection() {
+        delegate.queue.waitForDone();
+        QApplication::processEvents();
+    }
+
+    /// "x Title" for a checked row, "- Title" for an unchecked one, "(Title)" for a heading.
+    Texts menu() {
+        Texts rows;
+        for (const auto& item : delegate.contextMenu()) {
+            const std::string key = item.keyEquivalent ? std::string(" ^") + *item.keyEquivalent : "";
+            const std::string mark = item.checked ? (*item.checked ? "x" : "-") : "";
+            rows.push_back(item.isSeparator() ? ""
+                           : item.action      ? mark + item.title + key
+                                              : "(" + item.title + ")");
+        }
+        return rows;
+    }
+
+    void choose(const std::string& title) {
+        for (const auto& item : delegate.contextMenu()) {
+            if (item.title == title && item.action) return item.action();
+        }
+        FAIL() << "no row " << title;
+    }
+
+    bool hasStatusItem() const { return delegate.statusItem != nullptr; }
+    bool showsBar() const { return delegate.floatingWindow && delegate.floatingWindow->isVisible(); }
+    QSize barSize() const { return delegate.floatingWindow->size(); }
+    std::size_t known() const { return delegate.snapshots.size(); }
+    std::optional<double> percent(Provider provider) const { return delegate.snapshots.at(provider).dailyPercent; }
+    int panelHeight() const { return delegate.panelView.height(); }
+    std::string toolTip() const { return delegate.toolTip(); }
+    std::optional<TouchBarItem> item(const std::string& identifier) { return delegate.makeItem(identifier); }
+
+    AppDelegate delegate;
+};
+
+class Application : public testing::Test {
+protected:
+    ~Application() override {
+        HardwareModel::exchangeSource(nullptr);
+        TouchBarOperations::shared() = {};
+        HTTP::restart({});
+    }
+
+    static void useTouchBarMachine() {
+        HardwareModel::exchangeSource([] { return std::string("MacBookPro16,1"); });
+    }
+
+    /// Every operation writes its name down, with what tells its arguments apart.
+    Texts& recordTouchBar() {
+        const auto record = [this](const char* name) {
+            return [this, name](const TouchBarOperations::Arguments& arguments) {
+                calls.push_back(std::string(name) + (arguments.flag ? " true" : ""));
+            };
+        };
+        auto& operations = TouchBarOperations::shared();
+        for (const char* name : {"addSystemTrayItem:", "removeSystemTrayItem:"})
+            operations.itemClass[name] = record(name);
+        for (const char* name :
+             {"presentSystemModalFunctionBar:systemTrayItemIdentifier:", "dismissSystemModalTouchBar:"})
+            operations.barClass[name] = record(name);
+        operations.framework.emplace();
+        for (const char* name :
+             {"DFRElementSetControlStripPresenceForIdentifier", "DFRSystemModalShowsCloseBoxWhenFrontMost"})
+            (*operations.framework)[name] = record(name);
+        return calls;
+    }
+
+    TemporaryHome home;
+    Texts calls;
+};
+
+TEST_F(Application, ShowsTheStoredProvidersInTheFixedOrder) {
+    const struct {
+        const char* stored;
+        Texts shown;
+    } cases[] = {
+        {R"(["Codex","Claude","Codex"])", {"Claude", "Codex"}},
+        {R"(["claude"])", {"Claude", "Codex", "Gemini", "OpenCode"}},
+        {R"(["Gemini",1])", {"Claude", "Codex", "Gemini", "OpenCode"}},
+        {R"(["Gemini","none"])", {"Gemini"}},
+    };
+    for (const auto& c : cases) {
+        home.write(".config/quillet/defaults.json", std::string(R"({"visibleProviders":)") + c.stored + "}");
+        Texts shown;
+        for (const Provider provider : AppDelegate::enabledProviders())
+            shown.emplace_back(provider.rawValue());
+        EXPECT_EQ(shown, c.shown) << c.stored;
+    }
+}
+
+TEST_F(Application, EachCombinationOfSurfacesIsShownAndKept) {
+    AppDelegateProbe probe;
+    EXPECT_TRUE(probe.hasStatusItem() && probe.showsBar());
+    const struct {
+        DisplaySurface surface;
+        bool on, item, bar;
+    } steps[] = {
+        {DisplaySurface::menuBar, false, false, true},  {DisplaySurface::floatingBar, false, true, false},
+        {DisplaySurface::touchBar, true, false, false}, {DisplaySurface::floatingBar, true, false, true},
+        {DisplaySurface::menuBar, true, true, true},    {DisplaySurface::floatingBar, false, true, false},
+    };
+    for (const auto& step : steps) {
+        probe.delegate.setSurface(step.surface, step.on);
+        EXPECT_EQ(probe.hasStatusItem(), step.item) << step.surface.rawValue() << step.on;
+        EXPECT_EQ(probe.showsBar(), step.bar) << step.surface.rawValue() << step.on;
+    }
+    EXPECT_EQ(UserDefaults::textArray("enabledSurfaces"), (Texts{"menuBar", "touchBar"}));
+}
+
+TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
+    const Texts head{"(Show In)", "x  Menu Bar", "x  Floating Bar (always on top)"};
+    const Texts providers{"",          "(Providers)", "x  Claude", "x  Codex",
+                          "x  Gemini", "x  OpenCode", "",          "Refresh ^r"};
+    const Texts tail{"Support zendrik — Donate…", "", "Quit Quillet ^q"};
+    const auto joined = [](Texts all, const std::vector<Texts>& more) {
+        for (const auto& rows : more)
+            all.insert(all.end(), rows.begin(), rows.end());
+        return all;
+    };
+    AppDelegateProbe probe;
+    EXPECT_EQ(probe.menu(), joined(head, {providers, tail}));
+    useTouchBarMachine();
+    EXPECT_EQ(probe.menu(), joined(head, {{"-  Touch Bar"}, providers, tail}));
+    probe.choose("  Touch Bar");
+    EXPECT_EQ(probe.menu(), joined(head, {{"x  Touch Bar"}, providers, {"Expand on Touch Bar ^t"}, tail}));
+
+    for (const char* title : {"  Codex", "  Gemini", "  Claude", "  OpenCode"})
+        probe.choose(title);
+    EXPECT_EQ(UserDefaults::textArray("visibleProviders"), Texts{"OpenCode"}) << "the last one stays";
+    probe.choose("  Gemini");
+    probe.choose("  Claude");
+    EXPECT_EQ(UserDefaults::textArray("visibleProviders"), (Texts{"Claude", "Gemini", "OpenCode"}));
+}
+
+TEST_F(Application, ThePassThatEndsLastIsShown) {
+    AppDelegateProbe probe;
+    probe.awaitCollection();
+    EXPECT_EQ(probe.known(), 4U);
+    probe.apply({"Claude", "Codex"}, 20);
+    probe.apply({"Claude"}, 90);
+    EXPECT_EQ(probe.percent(Provider::claude), 90);
+    EXPECT_EQ(probe.known(), 1U) << "the table is replaced as a whole";
+    EXPECT_EQ(probe.panelHeight(), 404);
+    EXPECT_EQ(probe.barSize(), QSize(938, 38));
+    EXPECT_EQ(probe.toolTip(), "Claude: 5h 90% · Wk —\n");
+    probe.delegate.setProviderVisible(Provider::codex, false);
+    probe.delegate.setProviderVisible(Provider::gemini, false);
+    probe.delegate.setProviderVisible(Provider::opencode, false);
+    probe.apply({"Claude"}, 10);
+    EXPECT_EQ(probe.panelHeight(), 212);
+    EXPECT_EQ(probe.barSize(), QSize(256, 38));
+}
+
+TEST_F(Application, TheTouchBarIsPresentedOncePerInstallation) {
+    const Texts installed{"addSystemTrayItem:", "DFRElementSetControlStripPresenceForIdentifier true"};
+    const Texts presented{"DFRSystemModalShowsCloseBoxWhenFrontMost true",
+                          "presentSystemModalFunctionBar:systemTrayItemIdentifier:"};
+    useTouchBarMachine();
+    auto& made = recordTouchBar();
+    AppDelegateProbe probe;
+    EXPECT_EQ(std::exchange(made, {}), installed);
+    probe.apply({}, 0);
+    EXPECT_EQ(std::exchange(made, {}), Texts{}) << "nothing collected yet";
+    probe.apply({"Claude"}, 1);
+    EXPECT_EQ(std::exchange(made, {}), presented);
+    probe.apply({"Claude"}, 2);
+    EXPECT_EQ(std::exchange(made, {}), Texts{}) << "once only";
+    probe.delegate.setSurface(DisplaySurface::touchBar, false);
+    EXPECT_EQ(std::exchange(made, {}),
+              (Texts{"dismissSystemModalTouchBar:", "DFRElementSetControlStripPresenceForIdentifier",
+                     "removeSystemTrayItem:"}));
+    probe.delegate.presentModalStrip();
+    EXPECT_EQ(made, Texts{}) << "not installed";
+    probe.delegate.setSurface(DisplaySurface::touchBar, true);
+    EXPECT_EQ(std::exchange(made, {}), installed);
+    probe.apply({"Claude"}, 3);
+    EXPECT_EQ(made, presented);
+    EXPECT_TRUE(probe.item(AppDelegate::stripIdentifier) && !probe.item(AppDelegate::trayIdentifier));
+}
+
+TEST_F(Application, MissingTouchBarOperationsDoNothing) {
+    useTouchBarMachine();
+    AppDelegateProbe probe;
+    probe.apply({"Claude"}, 1);
+    probe.delegate.presentModalStrip();
+    probe.delegate.setSurface(DisplaySurface::touchBar, false);
+    EXPECT_TRUE(probe.hasStatusItem());
+}
+
+TEST_F(Application, AThousandRefreshesLeaveNothingBehind) {
+    const auto count = [] {
+        const auto entries = [](const char* folder) {
+            return std::distance(std::filesystem::directory_iterator(folder),
+                                 std::filesystem::directory_iterator());
+        };
+        return std::vector<std::ptrdiff_t>{QApplication::allWidgets().size(), entries("/proc/self/fd"),
+                                           entries("/proc/self/task"), qApp->findChildren<QObject*>().size()};
+    };
+    AppDelegateProbe probe;
+    const auto refresh = [&probe](int times) {
+        for (int i = 0; i < times; ++i) {
+            probe.delegate.refresh();
+            if (i % 50 == 0) probe.awaitCollection();
+        }
+        probe.awaitCollection();
+    };
+    refresh(100);
+    const auto before = count();
+    refresh(1000);
+    EXPECT_EQ(count(), before);
+}
+
+TEST_F(Application, QuittingWaitsForNoServer) {
+    home.write(".claude/.credentials.json", R"({"claudeAiOauth":{"accessToken":"t"}})");
+    const int listening = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    ASSERT_EQ(listen(listening, 8), 0);  // accepts, and says nothing
+    getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size);
+    HTTP::restart({{}, {"api.anthropic.com:443:127.0.0.1:" + std::to_string(ntohs(address.sin_port))}});
+    QElapsedTimer timer;
+    {
+        AppDelegateProbe probe;
+        QThread::msleep(300);
+        timer.start();
+    }
+    EXPECT_LT(timer.elapsed(), 400);
+    close(listening);
+}
