@@ -18,9 +18,9 @@ double alphaAt(const QImage& image, double x, double y) {
 /// In square points.
 double coverage(const QImage& image, Rect area = {0, 0, 60, 30}) {
     double sum = 0;
-    for (double y = area.y + 0.25; y < area.maxY(); y += 0.5)
-        for (double x = area.x + 0.25; x < area.maxX(); x += 0.5)
-            sum += alphaAt(image, x, y) / 4;
+    for (int row = 0; row < 2 * area.height; ++row)
+        for (int column = 0; column < 2 * area.width; ++column)
+            sum += alphaAt(image, area.x + column / 2.0 + 0.25, area.y + row / 2.0 + 0.25) / 4;
     return sum;
 }
 
@@ -64,10 +64,11 @@ TEST(Glow, IsTheGaussianBlurOfItsShape) {
         for (const double width : {6.0, 40.0}) {  // the longer one is blurred as a tile
             const Rect bar{10, 13, width, 4};
             const auto image = drawn([&](Canvas& c) { c.glowRounded(bar, 0, {red.withAlpha(0.9), blur}); });
-            for (double x = 1.25; x < 59; x += 1.5)
-                for (double y = 7.25; y < 23; y += 1.5)
-                    EXPECT_NEAR(alphaAt(image, x, y), 0.9 * within(x, 10, 10 + width) * within(y, 13, 17), 0.015)
-                        << x << ", " << y;
+            for (int i = 0; i < 39 * 11; ++i) {
+                const double x = 1.25 + 1.5 * (i % 39), y = 7.25 + 1.5 * (i / 39);
+                EXPECT_NEAR(alphaAt(image, x, y), 0.9 * within(x, 10, 10 + width) * within(y, 13, 17), 0.015)
+                    << x << ", " << y;
+            }
         }
     }
     EXPECT_EQ(coverage(drawn([](Canvas& c) { c.glowRounded(shape, 3, {red, 0}); })), 0);

@@ -51,7 +51,7 @@ struct Host : QDBusVirtualObject {
         loop.exec();
     }
     QVariantList ask(const QString& path, const QString& interface, const QString& method,
-                     QVariantList arguments) {
+                     const QVariantList& arguments) {
         auto message = QDBusMessage::createMethodCall(item, path, interface, method);
         message.setArguments(arguments);
         QDBusPendingCallWatcher answer(bus.asyncCall(message));
@@ -60,10 +60,11 @@ struct Host : QDBusVirtualObject {
         loop.exec();
         return answer.reply().arguments();
     }
-    QVariantList menu(const QString& method, QVariantList arguments) {
+    QVariantList menu(const QString& method, const QVariantList& arguments) {
         return ask("/MenuBar", "com.canonical.dbusmenu", method, arguments);
     }
     void click(int id) { menu("Event", {id, "clicked", QVariant::fromValue(QDBusVariant("")), 0u}), wait(0); }
+    static void skip(const QDBusArgument& array) { array.beginArray(), array.endArray(); }
     std::vector<Row> rows() {
         const auto layout = menu("GetLayout", {0, -1, QStringList()}).value(1).value<QDBusArgument>();
         Row root, row;
@@ -73,9 +74,10 @@ struct Host : QDBusVirtualObject {
             QDBusVariant child;
             layout >> child;
             const auto fields = child.variant().value<QDBusArgument>();
-            fields.beginStructure(), fields >> row.id >> row.properties;
+            fields.beginStructure(), fields >> row.id >> row.properties, skip(fields), fields.endStructure();
             rows.push_back(row);
         }
+        layout.endArray(), layout.endStructure();
         return rows;
     }
     /// Each picture's width and first pixel.
@@ -89,6 +91,7 @@ struct Host : QDBusVirtualObject {
             list.beginStructure(), list >> width >> height >> pixels;
             pictures.emplace_back(width, pixels.left(4));
         }
+        list.endArray();
         return pictures;
     }
     QDBusConnection bus = QDBusConnection::connectToBus(qgetenv("DBUS_SESSION_BUS_ADDRESS"), "host");
@@ -149,7 +152,7 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     Host host;
     auto item = std::make_unique<StatusItem>([](auto) {});
     std::string chosen;
-    const auto choose = [&](std::string title) { return [&, title] { chosen += title; }; };
+    const auto choose = [&](const char* title) { return [&, title] { chosen += title; }; };
     const MenuItem heading{"Head_ing", {}, {}, {}}, first{"First", 'r', true, choose("First")}, separator,
         gone{"Gone", {}, {}, [&] { item.reset(); }};
     item->setContent(content(Qt::red, {heading, first, separator, gone}));

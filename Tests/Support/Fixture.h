@@ -17,7 +17,7 @@ inline std::vector<std::string> scenarioNames(const std::vector<std::string>& fi
     for (const auto& file : files) {
         const auto scenarios = fixture("scenarios/" + file);
         for (const auto& [name, steps] : scenarios.items())
-            names.push_back(file + "_" + name);
+            names.push_back(std::string(file).append("_").append(name));
     }
     return names;
 }
