@@ -64,6 +64,7 @@ void NotifierHost::ask(const QDBusMessage& message, void (NotifierHost::*then)(c
 }
 
 void NotifierHost::askWhetherThere() {
+    if (!bus.isConnected()) return settle(std::nullopt);  // nothing would ever answer
     auto message =
         QDBusMessage::createMethodCall(watcherName, watcherPath, "org.freedesktop.DBus.Properties", "Get");
     message << watcherName << "IsStatusNotifierHostRegistered";

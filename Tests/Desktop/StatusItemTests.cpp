@@ -147,6 +147,15 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     EXPECT_TRUE(announced.isActive());
 }
 
+TEST(StatusItem, StandsByItselfWithoutASessionBus) {
+    StatusItem item([](std::optional<QRect>) {});
+    item.setContent(content(Qt::white));
+    QEventLoop loop;
+    QTimer::singleShot(3500, &loop, &QEventLoop::quit);  // it waits three seconds for a tray
+    loop.exec();
+    EXPECT_TRUE(item.geometry());
+}
+
 TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     const Session session;
     Host host;
