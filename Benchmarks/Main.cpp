@@ -9,6 +9,7 @@
 #include "Data.h"
 #include "Measure.h"
 #ifdef DESKTOP
+#include "Desktop.h"
 #include "Pictures.h"
 #endif
 #include "Providers/GeminiProvider.h"
@@ -130,7 +131,7 @@ void request(const HTTPSServer& server) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::set<std::string_view> options(argv + 1, argv + argc);
+    [[maybe_unused]] const bool verbose = std::set<std::string_view>(argv + 1, argv + argc).contains("--verbose");
     for (const char* proxy : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
         unsetenv(proxy);
     const TemporaryHome home;
@@ -139,7 +140,7 @@ int main(int argc, char** argv) {
     status();  // first, while this process is small
 #ifdef DESKTOP
     Pictures::command();
-    Pictures::refresh(options.contains("--verbose"));
+    Pictures::refresh(verbose);
 #endif
     newestFile();
     tail();
@@ -148,5 +149,9 @@ int main(int argc, char** argv) {
     const HTTPSServer server;
     collectorPass(server);
     request(server);
+#ifdef DESKTOP
+    Desktop::refresh(verbose);
+    Desktop::run(server, verbose);
+#endif
     return Measure::withinBudgets() ? 0 : 1;
 }

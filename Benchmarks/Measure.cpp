@@ -54,15 +54,21 @@ struct rusage requireSuccess(pid_t child, const std::string& name) {
 }  // namespace
 
 void Measure::compare(const std::string& name, int rounds, const Work& ours, const Work& other, double budget) {
-    std::vector<double> oursTook;
-    std::vector<double> otherTook;
+    compareFigures(
+        name, rounds, [&] { return milliseconds(ours); }, [&] { return milliseconds(other); }, "ms ", budget);
+}
+
+void Measure::compareFigures(const std::string& name, int rounds, const Figure& ours, const Figure& other,
+                             const std::string& unit, double budget) {
+    std::vector<double> oursFound;
+    std::vector<double> otherFound;
     ours();  // once for the caches
     other();
     for (int round = 0; round < rounds; ++round) {
-        oursTook.push_back(milliseconds(ours));
-        otherTook.push_back(milliseconds(other));
+        oursFound.push_back(ours());
+        otherFound.push_back(other());
     }
-    addLine(name, middle(oursTook), middle(otherTook), "ms ", budget);
+    addLine(name, middle(oursFound), middle(otherFound), unit.c_str(), budget);
 }
 
 void Measure::compare(const std::string& name, double ours, double limit, const std::string& unit, double budget) {

@@ -8,9 +8,14 @@
 namespace Measure {
 
 using Work = std::function<void()>;
+using Figure = std::function<double()>;
 
 /// Adds a line with the medians of both in milliseconds, their ratio and the highest ratio that is good enough.
 void compare(const std::string& name, int rounds, const Work& ours, const Work& other, double budget);
+
+/// The same with the medians of two figures that are found in so many rounds.
+void compareFigures(const std::string& name, int rounds, const Figure& ours, const Figure& other,
+                    const std::string& unit, double budget);
 
 /// Adds a line for a figure with a fixed limit.
 void compare(const std::string& name, double ours, double limit, const std::string& unit, double budget);

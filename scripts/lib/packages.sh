@@ -5,7 +5,8 @@ runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nl
 desktopPackages=("${runPackages[@]}" qt6-base-dev libgl-dev libxcb1-dev libfontconfig-dev fonts-inter)
 testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl dbus-daemon)
 demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
-benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep)
+benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep xvfb dbus-daemon trayer
+    util-linux)
 fuzzPackages=("${runPackages[@]}" clang libclang-rt-dev)
 formatPackages=(clang-format)
 
@@ -14,6 +15,6 @@ runPrograms=(c++ cmake ninja)
 desktopPrograms=("${runPrograms[@]}")
 testPrograms=("${runPrograms[@]}" python3 openssl dbus-daemon)
 demoPrograms=("${runPrograms[@]}" python3 openssl unshare mount)
-benchPrograms=("${runPrograms[@]}" python3 openssl sqlite3 curl find grep)
+benchPrograms=("${runPrograms[@]}" python3 openssl sqlite3 curl find grep Xvfb dbus-daemon trayer unshare)
 fuzzPrograms=("${runPrograms[@]}" clang++)
 formatPrograms=(clang-format)
