@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <cstdlib>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -31,16 +32,27 @@ void isolateToolkit() {
     QApplication::setDesktopSettingsAware(false);
 }
 
-/// The system's fonts, for scripts that the bundled family lacks, without anybody's rules about how to draw them,
-/// and without a cache in the home directory.
-void isolateFonts() {
-    constexpr const char* rules =
-        "<fontconfig><dir>/usr/share/fonts</dir><cachedir>/var/cache/fontconfig</cachedir></fontconfig>";
-    FcConfig* const config = FcConfigCreate();
-    FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(rules), FcTrue);
+/// The bundled family is drawn with the bundled faces, whichever version of it the system has.
+constexpr const char* withoutFamily =
+    "<fontconfig><selectfont><rejectfont><pattern>"
+    "<patelt name=\"family\"><string>Inter</string></patelt>"
+    "</pattern></rejectfont></selectfont></fontconfig>";
+
+/// What the toolkit sees of the system's fonts, by these rules.
+void use(FcConfig* config, std::initializer_list<const char*> rules) {
+    for (const char* each : rules)
+        FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(each), FcTrue);
     FcConfigBuildFonts(config);
     FcConfigSetCurrent(config);
     FcConfigDestroy(config);  // the library keeps its own reference
+}
+
+/// The system's fonts, for scripts that the bundled family lacks, without anybody's rules about how to draw them,
+/// and without a cache in the home directory.
+void isolateFonts() {
+    use(FcConfigCreate(),
+        {"<fontconfig><dir>/usr/share/fonts</dir><cachedir>/var/cache/fontconfig</cachedir></fontconfig>",
+         withoutFamily});
 }
 
 /// fontconfig writes what it has to complain of there by itself.
@@ -67,5 +79,6 @@ extern "C" Q_DECL_EXPORT void quilletPicture(const char* command, const char* ou
 }
 
 extern "C" Q_DECL_EXPORT void quilletWatch() {
+    use(FcInitLoadConfig(), {withoutFamily});
     Application::run();
 }
