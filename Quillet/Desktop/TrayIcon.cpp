@@ -8,7 +8,9 @@ TrayIcon::TrayIcon(StatusItem::Activate onActivate) {
     QObject::connect(&menu, &QMenu::aboutToShow, &menu, [this] { fillMenu(menu, items); });
     QObject::connect(&icon, &QSystemTrayIcon::activated, &icon,
                      [this, activate = std::move(onActivate)](QSystemTrayIcon::ActivationReason reason) {
-                         if (reason == QSystemTrayIcon::Trigger) activate(geometry());
+                         // The second of two quick clicks comes as a double click, and as nothing else.
+                         const bool again = reason == QSystemTrayIcon::DoubleClick;
+                         if (again || reason == QSystemTrayIcon::Trigger) activate(geometry());
                      });
     icon.setContextMenu(&menu);
 }
