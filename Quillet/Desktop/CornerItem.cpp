@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "Desktop/Canvas.h"
+#include "Desktop/Screens.h"
 
 namespace {
 
@@ -48,7 +49,7 @@ void CornerItem::place() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (content.wide.empty() || !screen) return hide();
     const int width = static_cast<int>(pointSize(content.wide.front()).width + 2 * look.sidePadding);
-    const QRect available = screen->availableGeometry();
+    const QRect available = Screens::available(screen);
     setFixedSize(width, int(look.height));  // tiling compositors leave a window of fixed size afloat
     move(available.x() + available.width() - width, available.y());
     show();

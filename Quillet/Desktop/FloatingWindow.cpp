@@ -1,17 +1,14 @@
 #include "Desktop/FloatingWindow.h"
 
-#include <xcb/xcb.h>
-
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <QPainterPath>
 #include <QWindow>
 #include <array>
-#include <cstdlib>
-#include <cstring>
 
 #include "Desktop/Screens.h"
+#include "Desktop/X11.h"
 
 namespace {
 
@@ -22,28 +19,11 @@ bool isWayland() {
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
-struct Free {
-    void operator()(void* reply) const { std::free(reply); }
-};
-template <typename T>
-using Reply = std::unique_ptr<T, Free>;
-
-xcb_connection_t* connection() {
-    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
-}
-
-xcb_atom_t atom(const char* name) {
-    const auto request = xcb_intern_atom(connection(), 0, static_cast<uint16_t>(std::strlen(name)), name);
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection(), request, nullptr));
-    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-}
-
 bool isComposited() {
-    static const xcb_atom_t compositor = atom("_NET_WM_CM_S0");
-    const auto request = xcb_get_selection_owner(connection(), compositor);
-    const Reply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection(), request, nullptr));
+    static const xcb_atom_t compositor = X11::atom("_NET_WM_CM_S0");
+    const auto request = xcb_get_selection_owner(X11::connection(), compositor);
+    const X11::Reply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(X11::connection(), request, nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
@@ -56,13 +36,13 @@ QRegion roundedRegion(const QRect& rect, double radius) {
 /// Unmanaged where that exists: no window manager keeps a managed window above full-screen ones, on every
 /// workspace and away from the focus. A Wayland compositor would not show an unmanaged one at all.
 Qt::WindowFlags windowForm() {
-    return connection() ? bare | Qt::BypassWindowManagerHint : bare;
+    return X11::connection() ? bare | Qt::BypassWindowManagerHint : bare;
 }
 
 /// Whether the window manager has put another window on top. Without a timer: it tells in the root window's
 /// properties.
 bool isRestacking(const xcb_generic_event_t& event) {
-    static const std::array restacked{atom("_NET_ACTIVE_WINDOW"), atom("_NET_CLIENT_LIST_STACKING")};
+    static const std::array restacked{X11::atom("_NET_ACTIVE_WINDOW"), X11::atom("_NET_CLIENT_LIST_STACKING")};
     if ((event.response_type & 0x7f) != XCB_PROPERTY_NOTIFY) return false;
     const xcb_atom_t changed = reinterpret_cast<const xcb_property_notify_event_t&>(event).atom;
     return changed == restacked[0] || changed == restacked[1];
@@ -78,7 +58,7 @@ FloatingWindow::FloatingWindow(QWidget* shown, double radius)
     content->move(0, 0);
     content->show();
     setFrame(content->geometry());
-    if (connection()) qApp->installNativeEventFilter(this);
+    if (X11::connection()) qApp->installNativeEventFilter(this);
     Screens::onChange(this, [this] {
         if (onScreensChanged) onScreensChanged();
     });
@@ -169,7 +149,8 @@ void FloatingWindow::hideEvent(QHideEvent*) {
 
 void FloatingWindow::resizeEvent(QResizeEvent*) {
     clearMask();
-    if (connection() && !Screens::areXwayland() && !isComposited()) setMask(roundedRegion(rect(), cornerRadius));
+    if (X11::connection() && !Screens::areXwayland() && !isComposited())
+        setMask(roundedRegion(rect(), cornerRadius));
 }
 
 bool FloatingWindow::nativeEventFilter(const QByteArray&, void* message, qintptr*) {

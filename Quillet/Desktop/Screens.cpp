@@ -5,7 +5,11 @@
 #include <QTimer>
 #include <algorithm>
 
+#include "Desktop/X11.h"
+
 namespace {
+
+constexpr int panelHeight = 32;  // points that a panel is high, where nobody tells
 
 QRect primaryFrame() {
     const QScreen* const primary = QGuiApplication::primaryScreen();
@@ -16,6 +20,35 @@ int distance(const QRect& rect, QPoint point) {
     const QPoint nearest(std::clamp(point.x(), rect.left(), rect.right()),
                          std::clamp(point.y(), rect.top(), rect.bottom()));
     return (point - nearest).manhattanLength();
+}
+
+/// In the screens' own pixels.
+QRect native(const QScreen* screen) {
+    return {screen->geometry().topLeft(), screen->geometry().size() * screen->devicePixelRatio()};
+}
+
+std::vector<Screens::Strut> panels() {
+    static const xcb_atom_t declared = X11::atom("_NET_WM_STRUT_PARTIAL");
+    std::vector<Screens::Strut> struts;
+    for (const auto& numbers : X11::properties(X11::managedWindows(), declared)) {
+        if (numbers.size() < 12) continue;
+        const auto at = [&numbers](std::size_t index) { return static_cast<int>(numbers[index]); };
+        struts.push_back({at(0), at(1), at(2), at(3), at(4), at(5), at(6), at(7), at(8), at(9), at(10), at(11)});
+    }
+    return struts;
+}
+
+/// The toolkit knows of panels only while there is a single screen, and not at once when it becomes one.
+QRect withoutPanels(const QScreen* screen) {
+    QRect all;
+    for (const QScreen* const each : QGuiApplication::screens())
+        all |= native(each);
+    const QRect whole = native(screen);
+    QRect rest = whole;
+    for (const Screens::Strut& panel : panels())
+        rest &= Screens::without(panel, whole, {all.right() + 1, all.bottom() + 1});
+    const double ratio = screen->devicePixelRatio();
+    return {whole.topLeft() + (rest.topLeft() - whole.topLeft()) / ratio, rest.size() / ratio};
 }
 
 void watch(QScreen* screen, QTimer* settled) {
@@ -51,7 +84,29 @@ bool Screens::hold(Point point) {
 std::optional<Rect> Screens::visibleFrame() {
     const QScreen* const primary = QGuiApplication::primaryScreen();
     if (!primary) return std::nullopt;
-    return fromToolkit(primary->availableGeometry());
+    return fromToolkit(available(primary));
+}
+
+QRect Screens::without(const Strut& panel, QRect screen, QSize desktop) {
+    const auto meets = [](int from, int to, int low, int high) { return from <= high && to >= low; };
+    const bool isAbove = meets(panel.topFrom, panel.topTo, screen.left(), screen.right());
+    const bool isBelow = meets(panel.bottomFrom, panel.bottomTo, screen.left(), screen.right());
+    const bool isLeft = meets(panel.leftFrom, panel.leftTo, screen.top(), screen.bottom());
+    const bool isRight = meets(panel.rightFrom, panel.rightTo, screen.top(), screen.bottom());
+    const int bottom = desktop.height() - 1 - panel.bottom, right = desktop.width() - 1 - panel.right;
+    // A panel that would take it all stands on another screen, farther from the edge that both count from.
+    QRect rest = screen;
+    if (isAbove && panel.top > screen.top() && panel.top <= screen.bottom()) rest.setTop(panel.top);
+    if (isBelow && bottom < screen.bottom() && bottom >= screen.top()) rest.setBottom(bottom);
+    if (isLeft && panel.left > screen.left() && panel.left <= screen.right()) rest.setLeft(panel.left);
+    if (isRight && right < screen.right() && right >= screen.left()) rest.setRight(right);
+    return rest;
+}
+
+/// A Wayland desktop's panels are seen by nobody but the compositor; most stand at the top or the bottom.
+QRect Screens::available(const QScreen* screen) {
+    if (areXwayland()) return screen->availableGeometry().adjusted(0, panelHeight, 0, -panelHeight);
+    return X11::connection() ? withoutPanels(screen) : screen->availableGeometry();
 }
 
 QRect Screens::desktop() {
@@ -67,7 +122,7 @@ QRect Screens::available(QPoint nearest) {
         return distance(a->geometry(), nearest) < distance(b->geometry(), nearest);
     };
     const auto found = std::ranges::min_element(screens, closer);
-    return found == screens.end() ? QRect() : (*found)->availableGeometry();
+    return found == screens.end() ? QRect() : available(*found);
 }
 
 QRect Screens::clamped(QRect rect, QRect area) {

@@ -1,0 +1,46 @@
+#include "Desktop/X11.h"
+
+#include <QGuiApplication>
+#include <cstring>
+
+namespace {
+
+constexpr uint32_t longest = 16384;  // numbers in a property
+
+xcb_window_t root() {
+    return xcb_setup_roots_iterator(xcb_get_setup(X11::connection())).data->root;
+}
+
+}  // namespace
+
+xcb_connection_t* X11::connection() {
+    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 ? x11->connection() : nullptr;
+}
+
+xcb_atom_t X11::atom(const char* name) {
+    const auto request = xcb_intern_atom(connection(), 0, static_cast<uint16_t>(std::strlen(name)), name);
+    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection(), request, nullptr));
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+/// All are asked for before the first is waited for.
+std::vector<std::vector<uint32_t>> X11::properties(const std::vector<xcb_window_t>& windows, xcb_atom_t name) {
+    std::vector<xcb_get_property_cookie_t> requests;
+    for (const xcb_window_t window : windows)
+        requests.push_back(xcb_get_property(connection(), 0, window, name, XCB_ATOM_ANY, 0, longest));
+    std::vector<std::vector<uint32_t>> values;
+    for (const auto request : requests) {
+        const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection(), request, nullptr));
+        auto& value = values.emplace_back();
+        if (!reply || reply->format != 32) continue;
+        const auto* const first = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
+        value.assign(first, first + reply->value_len);
+    }
+    return values;
+}
+
+std::vector<xcb_window_t> X11::managedWindows() {
+    static const xcb_atom_t list = atom("_NET_CLIENT_LIST");
+    return properties({root()}, list).front();
+}

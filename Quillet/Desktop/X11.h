@@ -1,0 +1,30 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+/// What the toolkit doesn't ask of the X server.
+namespace X11 {
+
+struct Free {
+    void operator()(void* reply) const { std::free(reply); }
+};
+template <typename T>
+using Reply = std::unique_ptr<T, Free>;
+
+/// The toolkit's; null where it runs on something else.
+xcb_connection_t* connection();
+
+xcb_atom_t atom(const char* name);
+
+/// A property that is a list of numbers, for each of the windows; empty where it is missing.
+std::vector<std::vector<uint32_t>> properties(const std::vector<xcb_window_t>& windows, xcb_atom_t name);
+
+/// Those that a window manager handles.
+std::vector<xcb_window_t> managedWindows();
+
+}  // namespace X11
