@@ -70,6 +70,9 @@ void AppDelegate::setSurface(DisplaySurface surface, bool on) {
 
 void AppDelegate::setUpStatusItem() {
     statusItem = std::make_unique<StatusItem>([this](std::optional<QRect> geometry) { togglePopover(geometry); });
+    statusItem->setOnPlaceChange([this] {
+        if (floatingWindow) positionFloatingWindow();
+    });
 }
 
 void AppDelegate::updateStatusItem() {

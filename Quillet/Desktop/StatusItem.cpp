@@ -25,10 +25,12 @@ struct StatusItem::State : QAbstractNativeEventFilter {
     bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override;
     void follow(std::optional<NotifierHost::Host> current);
     void lookForEmbedding();
+    void tell() const;
     template <typename NewForm, typename... Arguments>
     void take(Arguments&&... arguments);
 
     const Activate onActivate;
+    std::function<void()> onPlaceChange;
     StatusContent content;
     std::unique_ptr<Form> form;
     bool notified = true;  ///< Also until the first answer.
@@ -53,6 +55,11 @@ void StatusItem::State::take(Arguments&&... arguments) {
     form.reset();  // never two items at once
     form = std::make_unique<NewForm>(std::forward<Arguments>(arguments)..., onActivate);
     form->setContent(content);
+    tell();
+}
+
+void StatusItem::State::tell() const {
+    if (onPlaceChange) onPlaceChange();
 }
 
 void StatusItem::State::follow(std::optional<NotifierHost::Host> current) {
@@ -71,6 +78,7 @@ void StatusItem::State::lookForEmbedding() {
         if (!dynamic_cast<TrayIcon*>(form.get())) take<TrayIcon>();
     } else if (!dynamic_cast<CornerItem*>(form.get())) {
         form.reset();
+        tell();
         corner.start();
     }
 }
@@ -90,6 +98,10 @@ StatusItem::~StatusItem() = default;
 void StatusItem::setContent(StatusContent content) {
     state->content = std::move(content);
     if (state->form) state->form->setContent(state->content);
+}
+
+void StatusItem::setOnPlaceChange(std::function<void()> onPlaceChange) {
+    state->onPlaceChange = std::move(onPlaceChange);
 }
 
 std::optional<QRect> StatusItem::geometry() const {

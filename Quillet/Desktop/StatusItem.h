@@ -31,6 +31,9 @@ public:
 
     void setContent(StatusContent content);
 
+    /// Called when the item comes to stand somewhere else, or nowhere.
+    void setOnPlaceChange(std::function<void()> onPlaceChange);
+
     /// Where the item stands on the screen, in device-independent pixels; absent when the host doesn't tell.
     std::optional<QRect> geometry() const;
 
