@@ -2,17 +2,20 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QTimer>
 #include <algorithm>
 #include <vector>
 
 #include "Desktop/ClickCatcher.h"
 #include "Desktop/FloatingWindow.h"
 #include "Desktop/Screens.h"
+#include "Desktop/X11.h"
 
 namespace {
 
 constexpr qint64 reclickTime = 400;   // milliseconds between the press that closes it and the tray host's report
 constexpr qint64 settlingTime = 500;  // within which a compositor that places windows by itself has done so
+constexpr int focusTime = 300;        // until the last word is heard of the focus of a window that went
 constexpr int edgeReach = 48;         // a tray is never farther from its screen's edge
 
 bool isX11() {
@@ -93,13 +96,19 @@ void Popover::show(std::optional<QRect> at) {
 }
 
 void Popover::open() {
-    if (!form) takeForm(isX11() && !Screens::areXwayland() ? Form::popup : Form::window);
+    if (!form) takeForm(bestForm());
     orderFocus();
     setFocus();
     follow();
     shownFor.start();
     QWidget::show();
     if (form == Form::window) activateWindow();
+}
+
+/// Compositors of the wlroots family put every managed window where they see fit.
+Popover::Form Popover::bestForm() {
+    if (!Screens::areXwayland()) return isX11() ? Form::popup : Form::window;
+    return X11::windowManager() == "wlroots wm" ? Form::caughtPopup : Form::window;
 }
 
 void Popover::takeForm(Form taken) {
@@ -160,17 +169,14 @@ void Popover::keyPressEvent(QKeyEvent* event) {
     close();
 }
 
-/// A compositor that doesn't leave the window in its place never will; a popup is placed by itself.
+/// A compositor that doesn't leave the window in its place never will; a popup is placed by itself. It comes when the
+/// window's loss of the focus has been told, which the toolkit closes every popup at.
 void Popover::moveEvent(QMoveEvent*) {
     const bool settling = isVisible() && form == Form::window && shownFor.elapsed() < settlingTime;
     if (!settling || !Screens::areXwayland() || pos() == asked().topLeft()) return;
     QMetaObject::invokeMethod(
-        this,
-        [this] {
-            takeForm(Form::caughtPopup);
-            open();
-        },
-        Qt::QueuedConnection);
+        this, [this] { takeForm(Form::caughtPopup); }, Qt::QueuedConnection);
+    QTimer::singleShot(focusTime, this, [this] { open(); });
 }
 
 void Popover::hideEvent(QHideEvent*) {

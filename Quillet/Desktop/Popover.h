@@ -46,6 +46,7 @@ private:
     };
 
     void open();
+    static Form bestForm();
     void takeForm(Form form);
     QRect asked() const;  ///< Where it should be.
     void follow();

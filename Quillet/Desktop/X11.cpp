@@ -44,3 +44,14 @@ std::vector<xcb_window_t> X11::managedWindows() {
     static const xcb_atom_t list = atom("_NET_CLIENT_LIST");
     return properties({root()}, list).front();
 }
+
+std::string X11::windowManager() {
+    const auto speaker = properties({root()}, atom("_NET_SUPPORTING_WM_CHECK")).front();
+    if (speaker.empty()) return {};
+    const auto request =
+        xcb_get_property(connection(), 0, speaker.front(), atom("_NET_WM_NAME"), XCB_ATOM_ANY, 0, longest);
+    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection(), request, nullptr));
+    if (!reply || reply->format != 8) return {};
+    const auto* const name = static_cast<const char*>(xcb_get_property_value(reply.get()));
+    return {name, name + reply->value_len};
+}

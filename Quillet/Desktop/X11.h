@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <vector>
 
 /// What the toolkit doesn't ask of the X server.
@@ -23,6 +24,9 @@ xcb_atom_t atom(const char* name);
 
 /// A property that is a list of numbers, for each of the windows; empty where it is missing.
 std::vector<std::vector<uint32_t>> properties(const std::vector<xcb_window_t>& windows, xcb_atom_t name);
+
+/// What the window manager calls itself; empty where there is none.
+std::string windowManager();
 
 /// Those that a window manager handles.
 std::vector<xcb_window_t> managedWindows();
