@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "App/FloatingContainerView.h"
+#include "Desktop/ContextMenu.h"
 #include "Desktop/FloatingWindow.h"
 #include "Desktop/MenuItem.h"
 #include "Desktop/Popover.h"
@@ -81,7 +82,7 @@ private:
 
     // Menu
     MenuItems contextMenu();
-    void showContextMenu(QPoint position);
+    void showContextMenu(QPoint position) { barMenu.show(contextMenu(), position); }
     MenuItem surfaceItem(DisplaySurface surface);
     MenuItem providerItem(Provider provider);
     void toggleSurface(DisplaySurface surface);
@@ -95,6 +96,7 @@ private:
     StripView floatingStrip;
     StripView touchStrip;
     FloatingContainerView floatingContainer{&floatingStrip};
+    ContextMenu barMenu;
     std::unique_ptr<FloatingWindow> floatingWindow;  // from the first time on that it is shown
     std::unique_ptr<StatusItem> statusItem;          // while the menu bar is a surface
     std::optional<TouchBar> modalTouchBar;           // from the first presentation on

@@ -1,12 +1,10 @@
 // The context menu and the choices behind it, which the panel's buttons make too.
 #include <QCoreApplication>
 #include <QDesktopServices>
-#include <QMenu>
 #include <QUrl>
 #include <algorithm>
 
 #include "App/AppDelegate.h"
-#include "Desktop/ClickCatcher.h"
 #include "Platform/UserDefaults.h"
 
 namespace {
@@ -66,13 +64,6 @@ MenuItem AppDelegate::providerItem(Provider provider) {
     return {"  " + std::string(provider.rawValue()), {}, isProviderVisible(provider), [this, provider] {
                 toggleProvider(provider);
             }};
-}
-
-void AppDelegate::showContextMenu(QPoint position) {
-    QMenu menu;
-    const ClickCatcher catcher(&menu);
-    fillMenu(menu, contextMenu());
-    menu.exec(position);
 }
 
 void AppDelegate::toggleSurface(DisplaySurface surface) {

@@ -1,41 +1,44 @@
 #include "Desktop/ClickCatcher.h"
 
 #include <QEvent>
-#include <QTimer>
 
 #include "Desktop/Screens.h"
 
 namespace {
 
-constexpr int pointerDelay = 120;  // milliseconds until the compositor has told
+constexpr int pointerDelay = 60;   // milliseconds from the pointer's coming to its place, which is told later
+constexpr int mostPatience = 500;  // milliseconds for a pointer that doesn't come
 
 }  // namespace
 
 ClickCatcher::ClickCatcher(QWidget* attended)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus |
                            Qt::BypassWindowManagerHint | Qt::NoDropShadowWindowHint),
-      isNeeded(Screens::areXwayland()),
       popup(attended) {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     popup->installEventFilter(this);
+    covered.setSingleShot(true);
+    covered.callOnTimeout([this] {
+        onCovered(QCursor::pos());
+        if (!popup || !popup->isVisible()) hide();
+    });
 }
 
-void ClickCatcher::cover() {
+void ClickCatcher::cover(const std::function<void(QPoint)>& then) {
+    onCovered = then;
+    covered.start(mostPatience);
     setGeometry(Screens::desktop());
     show();
 }
 
-void ClickCatcher::locatePointer(QObject* receiver, const std::function<void(QPoint)>& located) {
-    cover();
-    QTimer::singleShot(pointerDelay, receiver, [this, located] {
-        hide();
-        located(QCursor::pos());
-    });
+/// Some compositors stack windows in the order of their first pictures, so a popup that came together with its
+/// cover could end up below it. The pointer comes to what is on the screen.
+void ClickCatcher::enterEvent(QEnterEvent*) {
+    if (covered.isActive()) covered.start(pointerDelay);
 }
 
 bool ClickCatcher::eventFilter(QObject*, QEvent* event) {
-    if (event->type() == QEvent::Show && isNeeded) cover();  // comes before the popup is on the screen
     if (event->type() == QEvent::Hide) hide();
     return false;
 }

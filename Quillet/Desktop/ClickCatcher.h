@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 
@@ -8,20 +9,19 @@
 /// programs' windows, and would stay open; the cover hears of them.
 class ClickCatcher : public QWidget {
 public:
-    /// Stands beneath `popup` whenever that is shown, on the desktops that need it.
     explicit ClickCatcher(QWidget* popup);
 
-    bool isNeeded;
-
-    /// Calls back with where the pointer is: under Xwayland only a window beneath it learns that.
-    void locatePointer(QObject* receiver, const std::function<void(QPoint)>& located);
+    /// Calls back when it covers the screens, for the popup to be shown, with where the pointer is: under Xwayland
+    /// only a window beneath it learns that. Stays as long as the popup, or not at all if that isn't shown.
+    void cover(const std::function<void(QPoint pointer)>& then);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
-    void cover();
-
     const QPointer<QWidget> popup;
+    std::function<void(QPoint)> onCovered;
+    QTimer covered;
 };

@@ -32,7 +32,6 @@ CornerItem::CornerItem(StatusItem::Activate activate)
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_AlwaysShowToolTips);  // its window is never the active one
-    connect(&menu, &QMenu::aboutToShow, this, [this] { fillMenu(menu, content.menu); });
     connect(qApp, &QGuiApplication::primaryScreenChanged, this, [this] { followPrimaryScreen(); });
     followPrimaryScreen();
 }
@@ -81,5 +80,5 @@ void CornerItem::paintEvent(QPaintEvent*) {
 void CornerItem::mouseReleaseEvent(QMouseEvent* event) {
     if (!rect().contains(event->position().toPoint())) return;
     if (event->button() == Qt::LeftButton) onActivate(geometry());
-    if (event->button() == Qt::RightButton) menu.popup(mapToGlobal(rect().bottomLeft()));
+    if (event->button() == Qt::RightButton) menu.show(content.menu, mapToGlobal(rect().bottomLeft()));
 }

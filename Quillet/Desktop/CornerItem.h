@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QMenu>
 #include <QWidget>
 
+#include "Desktop/ContextMenu.h"
 #include "Desktop/StatusItem.h"
 
 /// A small window of the item's own at the top right of the primary screen, above all others and never with the
@@ -23,6 +23,6 @@ private:
 
     const StatusItem::Activate onActivate;
     StatusContent content;
-    QMenu menu;
+    ContextMenu menu;
     QMetaObject::Connection screenChange;
 };

@@ -79,24 +79,22 @@ QRect Popover::place(const QRect& anchor, QSize size, const QRect& area) {
 }
 
 void Popover::show(std::optional<QRect> at) {
-    if (at) {
-        anchor = *at;
-        open();
-    } else if (Screens::areXwayland()) {
-        catcher->locatePointer(this, [this](QPoint pointer) {
+    if (!form) takeForm(bestForm());
+    if (Screens::areXwayland() && (!at || form == Form::caughtPopup)) {
+        catcher->cover([this, at](QPoint pointer) {
             const QRect area = Screens::available(pointer);
-            anchor = isNearEdge(pointer, area) ? QRect(pointer, QSize(1, 1)) : topRight(area);
+            anchor = at.value_or(isNearEdge(pointer, area) ? QRect(pointer, QSize(1, 1)) : topRight(area));
             open();
+            if (form != Form::caughtPopup) catcher->hide();
         });
-    } else {
-        const QPoint pointer = QCursor::pos();
-        anchor = isX11() ? QRect(pointer, QSize(1, 1)) : topRight(Screens::available(pointer));
-        open();
+        return;
     }
+    const QPoint pointer = QCursor::pos();
+    anchor = at.value_or(isX11() ? QRect(pointer, QSize(1, 1)) : topRight(Screens::available(pointer)));
+    open();
 }
 
 void Popover::open() {
-    if (!form) takeForm(bestForm());
     orderFocus();
     setFocus();
     follow();
@@ -115,7 +113,6 @@ void Popover::takeForm(Form taken) {
     form = taken;
     const Qt::WindowFlags type = taken == Form::window ? Qt::Tool | Qt::WindowStaysOnTopHint : Qt::Popup;
     setWindowFlags(type | Qt::FramelessWindowHint);
-    catcher->isNeeded = taken == Form::caughtPopup;
     dismissedFor.invalidate();
 }
 
@@ -169,14 +166,14 @@ void Popover::keyPressEvent(QKeyEvent* event) {
     close();
 }
 
-/// A compositor that doesn't leave the window in its place never will; a popup is placed by itself. It comes when the
-/// window's loss of the focus has been told, which the toolkit closes every popup at.
+/// A compositor that doesn't leave the window in its place never will; a popup is placed by itself. It comes when
+/// the window's loss of the focus has been told, which the toolkit closes every popup at.
 void Popover::moveEvent(QMoveEvent*) {
     const bool settling = isVisible() && form == Form::window && shownFor.elapsed() < settlingTime;
     if (!settling || !Screens::areXwayland() || pos() == asked().topLeft()) return;
     QMetaObject::invokeMethod(
         this, [this] { takeForm(Form::caughtPopup); }, Qt::QueuedConnection);
-    QTimer::singleShot(focusTime, this, [this] { open(); });
+    QTimer::singleShot(focusTime, this, [this] { show(anchor); });
 }
 
 void Popover::hideEvent(QHideEvent*) {
