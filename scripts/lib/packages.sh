@@ -3,8 +3,10 @@
 runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nlohmann-json3-dev libsqlite3-dev
     libutfcpp-dev ca-certificates)
 desktopPackages=("${runPackages[@]}" qt6-base-dev libgl-dev libxcb1-dev libfontconfig-dev fonts-inter)
-testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl dbus-daemon)
+screenPackages=(dbus-daemon xvfb openbox xdotool x11-utils x11-xserver-utils imagemagick xterm trayer xfce4-panel)
+testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl "${screenPackages[@]}")
 demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
+tryPackages=("${demoPackages[@]}" "${screenPackages[@]}" mate-panel tint2 sway waybar xwayland grim)
 benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep xvfb dbus-daemon trayer
     util-linux)
 fuzzPackages=("${runPackages[@]}" clang libclang-rt-dev)
@@ -13,8 +15,10 @@ formatPackages=(clang-format)
 # What they must have put on the search path.
 runPrograms=(c++ cmake ninja)
 desktopPrograms=("${runPrograms[@]}")
-testPrograms=("${runPrograms[@]}" python3 openssl dbus-daemon)
+screenPrograms=(dbus-daemon Xvfb openbox xdotool xprop xwininfo xrandr xsetroot import xterm trayer xfce4-panel)
+testPrograms=("${runPrograms[@]}" python3 openssl "${screenPrograms[@]}")
 demoPrograms=("${runPrograms[@]}" python3 openssl unshare mount)
+tryPrograms=("${demoPrograms[@]}" "${screenPrograms[@]}" mate-panel tint2 sway waybar Xwayland grim)
 benchPrograms=("${runPrograms[@]}" python3 openssl sqlite3 curl find grep Xvfb dbus-daemon trayer unshare)
 fuzzPrograms=("${runPrograms[@]}" clang++)
 formatPrograms=(clang-format)
