@@ -8,6 +8,7 @@
 
 #include "Desktop/Canvas.h"
 #include "Desktop/Screens.h"
+#include "Desktop/X11.h"
 
 namespace {
 
@@ -75,6 +76,10 @@ void CornerItem::paintEvent(QPaintEvent*) {
     const Rect bounds{0, 0, double(width()), double(height())};
     canvas.fillRounded(bounds, look.cornerRadius, look.background);
     canvas.draw(picture(), Rect::centred(bounds.center(), pointSize(picture())));
+}
+
+void CornerItem::resizeEvent(QResizeEvent*) {
+    X11::cutCorners(this, look.cornerRadius);
 }
 
 void CornerItem::mouseReleaseEvent(QMouseEvent* event) {

@@ -16,6 +16,7 @@ public:
 
 private:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void followPrimaryScreen();
     void place();

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMouseEvent>
-#include <QPainterPath>
 #include <QWindow>
 #include <array>
 
@@ -17,20 +16,6 @@ constexpr auto bare = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopH
 
 bool isWayland() {
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-}
-
-bool isComposited() {
-    static const xcb_atom_t compositor = X11::atom("_NET_WM_CM_S0");
-    const auto request = xcb_get_selection_owner(X11::connection(), compositor);
-    const X11::Reply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(X11::connection(), request, nullptr));
-    return reply && reply->owner != XCB_WINDOW_NONE;
-}
-
-QRegion roundedRegion(const QRect& rect, double radius) {
-    QPainterPath path;
-    path.addRoundedRect(rect, radius, radius);
-    return path.toFillPolygon().toPolygon();
 }
 
 /// Unmanaged where that exists: no window manager keeps a managed window above full-screen ones, on every
@@ -148,9 +133,7 @@ void FloatingWindow::hideEvent(QHideEvent*) {
 }
 
 void FloatingWindow::resizeEvent(QResizeEvent*) {
-    clearMask();
-    if (X11::connection() && !Screens::areXwayland() && !isComposited())
-        setMask(roundedRegion(rect(), cornerRadius));
+    X11::cutCorners(this, cornerRadius);
 }
 
 bool FloatingWindow::nativeEventFilter(const QByteArray&, void* message, qintptr*) {

@@ -1,7 +1,11 @@
 #include "Desktop/X11.h"
 
 #include <QGuiApplication>
+#include <QPainterPath>
+#include <QWidget>
 #include <cstring>
+
+#include "Desktop/Screens.h"
 
 namespace {
 
@@ -9,6 +13,14 @@ constexpr uint32_t longest = 16384;  // numbers in a property
 
 xcb_window_t root() {
     return xcb_setup_roots_iterator(xcb_get_setup(X11::connection())).data->root;
+}
+
+bool isComposited() {
+    static const xcb_atom_t compositor = X11::atom("_NET_WM_CM_S0");
+    const auto request = xcb_get_selection_owner(X11::connection(), compositor);
+    const X11::Reply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(X11::connection(), request, nullptr));
+    return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
 }  // namespace
@@ -54,4 +66,12 @@ std::string X11::windowManager() {
     if (!reply || reply->format != 8) return {};
     const auto* const name = static_cast<const char*>(xcb_get_property_value(reply.get()));
     return {name, name + reply->value_len};
+}
+
+void X11::cutCorners(QWidget* window, double radius) {
+    window->clearMask();
+    if (!connection() || Screens::areXwayland() || isComposited()) return;
+    QPainterPath path;
+    path.addRoundedRect(window->rect(), radius, radius);
+    window->setMask(path.toFillPolygon().toPolygon());
 }

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+class QWidget;
+
 /// What the toolkit doesn't ask of the X server.
 namespace X11 {
 
@@ -30,5 +32,8 @@ std::string windowManager();
 
 /// Those that a window manager handles.
 std::vector<xcb_window_t> managedWindows();
+
+/// Rounds a window's corners where they can't be transparent.
+void cutCorners(QWidget* window, double radius);
 
 }  // namespace X11
