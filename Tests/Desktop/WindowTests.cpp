@@ -54,6 +54,27 @@ TEST(Popover, HangsAtItsAnchorWithinTheScreen) {
         EXPECT_EQ(Popover::place(c.anchor, {392, c.height}, {0, 30, 1600, 870}).topLeft(), c.expected);
 }
 
+TEST(Screens, LosesToAPanelOnlyWhatItCovers) {
+    const QRect left(0, 0, 1200, 900), right(1200, 100, 1000, 700);  // of a desktop of 2200 by 900
+    const struct {
+        const char* what;
+        Screens::Strut panel;
+        QRect left, right;
+    } cases[] = {
+        {"none", {}, left, right},
+        {"above", {.top = 28, .topFrom = 0, .topTo = 1199}, {0, 28, 1200, 872}, right},
+        {"above the lower screen", {.top = 128, .topFrom = 1200, .topTo = 2199}, left, {1200, 128, 1000, 672}},
+        {"above both", {.top = 128, .topFrom = 0, .topTo = 2199}, {0, 128, 1200, 772}, {1200, 128, 1000, 672}},
+        {"below", {.bottom = 30, .bottomFrom = 0, .bottomTo = 1199}, {0, 0, 1200, 870}, right},
+        {"left of the right one", {.left = 1240, .leftFrom = 100, .leftTo = 799}, left, {1240, 100, 960, 700}},
+        {"right of the left one", {.right = 1040, .rightFrom = 0, .rightTo = 899}, {0, 0, 1160, 900}, right},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Screens::without(c.panel, left, {2200, 900}), c.left) << c.what;
+        EXPECT_EQ(Screens::without(c.panel, right, {2200, 900}), c.right) << c.what;
+    }
+}
+
 TEST_F(Windows, PopoverFollowsItsViewAndTheKeyboardTheVisualOrder) {
     QWidget view;
     view.resize(392, 212);
