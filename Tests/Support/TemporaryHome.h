@@ -43,7 +43,8 @@ public:
             chmod(made.c_str(), 0755);
             const auto programs = std::filesystem::path(__FILE__).parent_path().string();
             setenv("PATH", (programs + ":" + getenv("PATH")).c_str(), 1);
-            popen(("cat; chmod -R u+rwX" + quoted + "; rm -rf" + quoted).c_str(), "we");  // ends with its input
+            [[maybe_unused]] FILE* const endsWithItsInput =
+                popen(("cat; chmod -R u+rwX" + quoted + "; rm -rf" + quoted).c_str(), "we");
             return made;
         }();
         return parent + "/" + name;
