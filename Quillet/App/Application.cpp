@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr const char* serviceName = "com.zendrik.Quillet";
+constexpr const char* applicationID = "com.zendrik.Quillet";  // also the desktop entry's and the icon's name
 constexpr const char* objectPath = "/com/zendrik/Quillet";
 constexpr const char* showPanel = "ShowPanel";
 
@@ -49,7 +49,7 @@ public:
 
     QString introspect(const QString&) const override {
         return QStringLiteral("<interface name=\"%1\"><method name=\"%2\"/></interface>")
-            .arg(serviceName, showPanel);
+            .arg(applicationID, showPanel);
     }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
@@ -65,8 +65,8 @@ private:
 /// Whether the session has an application already, which then shows its panel.
 bool isRunningElsewhere() {
     auto bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected() || bus.registerService(serviceName)) return false;
-    bus.call(QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, showPanel));
+    if (!bus.isConnected() || bus.registerService(applicationID)) return false;
+    bus.call(QDBusMessage::createMethodCall(applicationID, objectPath, applicationID, showPanel));
     return true;
 }
 
@@ -86,7 +86,7 @@ void Application::run() {
     char* arguments[] = {name, nullptr};
     QApplication application(count, arguments);
     QApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
-    QApplication::setDesktopFileName(QStringLiteral("quillet"));
+    QApplication::setDesktopFileName(applicationID);
     QApplication::setQuitOnLastWindowClosed(false);
     QSocketNotifier signalled(signalDescriptor, QSocketNotifier::Read);
     QObject::connect(&signalled, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
