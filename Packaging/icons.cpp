@@ -1,0 +1,94 @@
+// quillet-icons <file…>: draws the application's icon into each, with the program's own palette and painter: a
+// level bar per provider.
+#include <QGuiApplication>
+#include <QPainter>
+#include <QSvgGenerator>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+
+#include "Desktop/Canvas.h"
+#include "Desktop/Picture.h"
+#include "Rendering/Palette.h"
+
+namespace {
+
+constexpr double scalableSize = 128;
+
+constexpr struct {
+    Color left = Color::grey(0.19);
+    Color right = Color::grey(0.09);
+    double radius = 0.22;  // this and the following of the icon's side
+    double barHeight = 0.14;
+    double gap = 0.06;
+    double barInset = 0.13;
+    double trackAlpha = 0.14;
+    double lightening = 0.3;
+    double fills[4] = {0.8, 0.5, 1, 0.3};  // of a bar, from the top
+} icon;
+
+/// At least one whole pixel, since small icons are blurred by fractions.
+double pixels(double share, double side) {
+    return std::max(1.0, std::round(share * side));
+}
+
+void drawBar(Canvas& canvas, Rect track, double fill, Color color) {
+    const double radius = track.height / 2;
+    canvas.fillRounded(track, radius, Color::white(icon.trackAlpha));
+    track.width = std::round(track.width * fill);
+    canvas.fillRoundedGradient(track, radius, color, color.lightened(icon.lightening));
+}
+
+void drawIcon(Canvas& canvas, double side) {
+    const auto providers = Provider::allCases();
+    const double count = providers.size();
+    const double height = pixels(icon.barHeight, side);
+    const double gap = pixels(icon.gap, side);
+    const double inset = pixels(icon.barInset, side);
+    const double total = count * height + (count - 1) * gap;
+
+    canvas.fillRoundedGradient({0, 0, side, side}, icon.radius * side, icon.left, icon.right);
+    double y = std::floor((side + total) / 2);
+    for (const Provider provider : providers) {
+        drawBar(canvas, {inset, y -= height, side - 2 * inset, height}, icon.fills[provider],
+                Palette::accent(provider));
+        y -= gap;
+    }
+}
+
+bool writePNG(const std::filesystem::path& path, int size) {
+    const double side = size;
+    return Picture::of({side, side}, 1, [&](Canvas& canvas) { drawIcon(canvas, side); })
+        .save(QString::fromStdString(path.string()));
+}
+
+bool writeSVG(const std::filesystem::path& path) {
+    QSvgGenerator generator;
+    generator.setFileName(QString::fromStdString(path.string()));
+    generator.setResolution(96);  // by which it turns the size into millimetres
+    generator.setSize(QSize(int(scalableSize), int(scalableSize)));
+    generator.setViewBox(QRectF(0, 0, scalableSize, scalableSize));
+    generator.setTitle(QStringLiteral("Quillet"));
+    generator.setDescription({});
+    QPainter painter;
+    if (!painter.begin(&generator)) return false;
+    Canvas canvas(painter, scalableSize);
+    drawIcon(canvas, scalableSize);
+    return true;
+}
+
+/// As large as the name says, "48.png", or scalable.
+bool write(const std::filesystem::path& path) {
+    return path.extension() == ".svg" ? writeSVG(path) : writePNG(path, std::atoi(path.stem().c_str()));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
+    for (int i = 1; i < argc; ++i) {
+        if (!write(argv[i])) return std::fprintf(stderr, "quillet-icons: could not write %s\n", argv[i]), 1;
+    }
+    return 0;
+}
