@@ -28,6 +28,7 @@ void isolateToolkit() {
     for (const std::string& name : names)
         unsetenv(name.c_str());
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("TMPDIR", "/dev/null", 1);  // it would make a folder there, and leave it, where the session has none
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     QApplication::setDesktopSettingsAware(false);
 }
