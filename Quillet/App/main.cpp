@@ -51,7 +51,7 @@ std::string outPath(const Arguments& arguments) {
 /// the toolkit nor wait for it. Without it, says so and returns nothing.
 template <typename Operation>
 Operation desktopOperation(const char* name) {
-    // Found beside the executable, through its run path.
+    // Found through the run path of the executable.
     void* const module = dlopen("libquillet-desktop.so", RTLD_NOW | RTLD_LOCAL);
     void* const operation = module ? dlsym(module, name) : nullptr;
     if (!operation) std::fputs("quillet: the desktop half is not installed\n", stderr);
