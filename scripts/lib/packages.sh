@@ -10,6 +10,9 @@ tryPackages=("${demoPackages[@]}" "${screenPackages[@]}" mate-panel tint2 sway w
 benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep xvfb dbus-daemon trayer
     util-linux)
 fuzzPackages=("${runPackages[@]}" clang libclang-rt-dev)
+packagePackages=("${desktopPackages[@]}" dpkg-dev file gzip)
+testInstallPackages=("${packagePackages[@]}" python3 openssl util-linux mount appstream debootstrap desktop-file-utils
+    devscripts lintian man-db mandoc)
 formatPackages=(clang-format)
 
 # What they must have put on the search path.
@@ -21,4 +24,7 @@ demoPrograms=("${runPrograms[@]}" python3 openssl unshare mount)
 tryPrograms=("${demoPrograms[@]}" "${screenPrograms[@]}" mate-panel tint2 sway waybar Xwayland grim)
 benchPrograms=("${runPrograms[@]}" python3 openssl sqlite3 curl find grep Xvfb dbus-daemon trayer unshare)
 fuzzPrograms=("${runPrograms[@]}" clang++)
+packagePrograms=("${desktopPrograms[@]}" cpack dpkg-shlibdeps file gzip)
+testInstallPrograms=("${packagePrograms[@]}" python3 openssl unshare mount appstreamcli debootstrap
+    desktop-file-validate hardening-check lintian man mandoc)
 formatPrograms=(clang-format)
