@@ -1,4 +1,4 @@
-# The Debian packages, made by cpack: one per component.
+# The Debian packages, made by cpack from a build whose prefix is theirs: one per component.
 set(packages quillet)
 if(QUILLET_DESKTOP)
     list(APPEND packages quillet-desktop)
