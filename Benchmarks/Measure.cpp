@@ -38,6 +38,7 @@ void addLine(const std::string& name, double ours, double other, const char* uni
 
 std::vector<char*> arguments(const std::vector<std::string>& command) {
     std::vector<char*> pointers;
+    pointers.reserve(command.size() + 1);
     for (const auto& argument : command)
         pointers.push_back(const_cast<char*>(argument.c_str()));
     pointers.push_back(nullptr);
@@ -83,6 +84,7 @@ double Measure::milliseconds(const Work& work) {
 
 double Measure::median(int rounds, const Work& ours) {
     std::vector<double> took;
+    took.reserve(static_cast<std::size_t>(rounds));
     ours();
     for (int round = 0; round < rounds; ++round)
         took.push_back(milliseconds(ours));

@@ -75,7 +75,9 @@ void StatusItem::State::follow(std::optional<NotifierHost::Host> current) {
 void StatusItem::State::lookForEmbedding() {
     if (TrayIcon::hasHost()) {
         corner.stop();
-        if (!dynamic_cast<TrayIcon*>(form.get())) take<TrayIcon>();
+        if (dynamic_cast<TrayIcon*>(form.get())) return;
+        take<TrayIcon>();
+        embedding.start();  // a panel that goes takes its tray with it a moment later, perhaps before that is watched
     } else if (!dynamic_cast<CornerItem*>(form.get())) {
         form.reset();
         tell();

@@ -1,8 +1,9 @@
 #include "Desktop/TrayIcon.h"
 
-#include <QGuiApplication>
 #include <QIcon>
 #include <QPixmap>
+
+#include "Desktop/X11.h"
 
 TrayIcon::TrayIcon(StatusItem::Activate onActivate) {
     QObject::connect(&menu, &QMenu::aboutToShow, &menu, [this] { fillMenu(menu, items); });
@@ -15,8 +16,9 @@ TrayIcon::TrayIcon(StatusItem::Activate onActivate) {
     icon.setContextMenu(&menu);
 }
 
+/// The toolkit goes on believing in a tray that went while it was asked about it.
 bool TrayIcon::hasHost() {
-    return QGuiApplication::platformName() == "xcb" && QSystemTrayIcon::isSystemTrayAvailable();
+    return X11::connection() && QSystemTrayIcon::isSystemTrayAvailable() && X11::isOwned("_NET_SYSTEM_TRAY_S0");
 }
 
 void TrayIcon::setContent(const StatusContent& content) {

@@ -15,14 +15,6 @@ xcb_window_t root() {
     return xcb_setup_roots_iterator(xcb_get_setup(X11::connection())).data->root;
 }
 
-bool isComposited() {
-    static const xcb_atom_t compositor = X11::atom("_NET_WM_CM_S0");
-    const auto request = xcb_get_selection_owner(X11::connection(), compositor);
-    const X11::Reply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(X11::connection(), request, nullptr));
-    return reply && reply->owner != XCB_WINDOW_NONE;
-}
-
 }  // namespace
 
 xcb_connection_t* X11::connection() {
@@ -34,6 +26,13 @@ xcb_atom_t X11::atom(const char* name) {
     const auto request = xcb_intern_atom(connection(), 0, static_cast<uint16_t>(std::strlen(name)), name);
     const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection(), request, nullptr));
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+bool X11::isOwned(const char* selection) {
+    const auto request = xcb_get_selection_owner(connection(), atom(selection));
+    const Reply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection(), request, nullptr));
+    return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
 /// All are asked for before the first is waited for.
@@ -70,7 +69,7 @@ std::string X11::windowManager() {
 
 void X11::cutCorners(QWidget* window, double radius) {
     window->clearMask();
-    if (!connection() || Screens::areXwayland() || isComposited()) return;
+    if (!connection() || Screens::areXwayland() || isOwned("_NET_WM_CM_S0")) return;
     QPainterPath path;
     path.addRoundedRect(window->rect(), radius, radius);
     window->setMask(path.toFillPolygon().toPolygon());

@@ -24,6 +24,9 @@ xcb_connection_t* connection();
 
 xcb_atom_t atom(const char* name);
 
+/// Whether there is a program that owns the selection, as compositors and trays own one of the screen's.
+bool isOwned(const char* selection);
+
 /// A property that is a list of numbers, for each of the windows; empty where it is missing.
 std::vector<std::vector<uint32_t>> properties(const std::vector<xcb_window_t>& windows, xcb_atom_t name);
 

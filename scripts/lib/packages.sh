@@ -13,6 +13,7 @@ fuzzPackages=("${runPackages[@]}" clang libclang-rt-dev)
 packagePackages=("${desktopPackages[@]}" dpkg-dev file gzip)
 testInstallPackages=("${packagePackages[@]}" python3 openssl util-linux mount appstream debootstrap desktop-file-utils
     devscripts lintian man-db mandoc)
+lintPackages=("${testPackages[@]}" "${benchPackages[@]}" "${fuzzPackages[@]}" clang-tidy)
 formatPackages=(clang-format)
 
 # What they must have put on the search path.
@@ -27,4 +28,5 @@ fuzzPrograms=("${runPrograms[@]}" clang++)
 packagePrograms=("${desktopPrograms[@]}" cpack dpkg-shlibdeps file gzip)
 testInstallPrograms=("${packagePrograms[@]}" python3 openssl unshare mount appstreamcli debootstrap
     desktop-file-validate hardening-check lintian man mandoc)
+lintPrograms=("${testPrograms[@]}" "${fuzzPrograms[@]}" run-clang-tidy)
 formatPrograms=(clang-format)
