@@ -2,7 +2,7 @@
 # The Debian packages that each command needs. "a|b" is satisfied by either and installs the first.
 runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nlohmann-json3-dev libsqlite3-dev
     libutfcpp-dev ca-certificates)
-desktopPackages=("${runPackages[@]}" qt6-base-dev libqt6svg6-dev libgl-dev libxcb1-dev libfontconfig-dev fonts-inter)
+desktopPackages=("${runPackages[@]}" qt6-base-dev qt6-svg-dev libgl-dev libxcb1-dev libfontconfig-dev fonts-inter)
 screenPackages=(dbus-daemon xvfb openbox xdotool x11-utils x11-xserver-utils imagemagick xterm trayer xfce4-panel)
 testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl "${screenPackages[@]}")
 demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
