@@ -3,8 +3,10 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QSvgGenerator>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include "Desktop/Canvas.h"
@@ -50,8 +52,8 @@ void drawIcon(Canvas& canvas, double side) {
     canvas.fillRoundedGradient({0, 0, side, side}, icon.radius * side, icon.left, icon.right);
     double y = std::floor((side + total) / 2);
     for (const Provider provider : providers) {
-        drawBar(canvas, {inset, y -= height, side - 2 * inset, height}, icon.fills[provider],
-                Palette::accent(provider));
+        const double fill = icon.fills[provider % std::size(icon.fills)];
+        drawBar(canvas, {inset, y -= height, side - 2 * inset, height}, fill, Palette::accent(provider));
         y -= gap;
     }
 }
