@@ -37,6 +37,7 @@ QImage chipIcon(Provider provider) {
 AppDelegate::AppDelegate() {
     queue.setThreadPriority(QThread::LowPriority);
     queue.setMaxThreadCount(mostPasses);
+    queue.setExpiryTimeout(0);  // a thread that waits for the next pass would wake up only to end
 }
 
 AppDelegate::~AppDelegate() {

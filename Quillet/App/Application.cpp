@@ -42,6 +42,20 @@ int openSignals() {
     return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
+/// The toolkit closes every popup when it hears that the program has lost the focus, of which it hears late: a click
+/// soon after another popup closed would seem to do nothing. On X11 a popup has the pointer and the keyboard to
+/// itself and needs no such help.
+class GUIApplication : public QApplication {
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject* receiver, QEvent* event) override {
+        const bool losesFocus = event->type() == QEvent::ApplicationDeactivate;
+        if (losesFocus && activePopupWidget() && platformName() == QLatin1String("xcb")) return true;
+        return QApplication::notify(receiver, event);
+    }
+};
+
 /// The session's door to the running application, for a second start to knock at.
 class Door : public QDBusVirtualObject {
 public:
@@ -84,7 +98,7 @@ void Application::run() {
     int count = 1;
     char name[] = "quillet";
     char* arguments[] = {name, nullptr};
-    QApplication application(count, arguments);
+    GUIApplication application(count, arguments);
     QApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
     QApplication::setDesktopFileName(applicationID);
     QApplication::setQuitOnLastWindowClosed(false);
