@@ -42,9 +42,9 @@ int openSignals() {
     return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
-/// The toolkit closes every popup when it hears that the program has lost the focus, of which it hears late: a click
-/// soon after another popup closed would seem to do nothing. On X11 a popup has the pointer and the keyboard to
-/// itself and needs no such help.
+/// The toolkit closes every popup when it hears that the program has lost the focus, of which it hears late: a
+/// click soon after another popup closed would seem to do nothing. On X11 a popup has the pointer and the keyboard
+/// to itself and needs no such help.
 class GUIApplication : public QApplication {
 public:
     using QApplication::QApplication;

@@ -33,6 +33,11 @@ bool isRestacking(const xcb_generic_event_t& event) {
     return changed == restacked[0] || changed == restacked[1];
 }
 
+/// What the user has open stays above.
+void raisePopup() {
+    if (QWidget* const popup = QApplication::activePopupWidget()) popup->raise();
+}
+
 }  // namespace
 
 FloatingWindow::FloatingWindow(QWidget* shown, double radius)
@@ -83,6 +88,7 @@ void FloatingWindow::resizeKeepingOrigin(QSize size) {
 void FloatingWindow::setVisible(bool visible) {
     wanted = visible;
     QWidget::setVisible(wanted && !givingWay);
+    raisePopup();
 }
 
 void FloatingWindow::setGivesWay(bool gives) {
@@ -139,6 +145,6 @@ void FloatingWindow::resizeEvent(QResizeEvent*) {
 bool FloatingWindow::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
     if (!isVisible() || !isRestacking(*static_cast<xcb_generic_event_t*>(message))) return false;
     raise();
-    if (QWidget* const popup = QApplication::activePopupWidget()) popup->raise();
+    raisePopup();
     return false;
 }

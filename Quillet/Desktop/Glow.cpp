@@ -16,11 +16,9 @@ namespace {
 
 std::vector<float> gaussianKernel(double deviation) {
     const int reach = static_cast<int>(std::ceil(3 * deviation));
-    std::vector<float> kernel(static_cast<std::size_t>(2 * reach + 1));
-    for (int i = -reach; i <= reach; ++i) {
-        kernel[static_cast<std::size_t>(i + reach)] =
-            static_cast<float>(std::exp(-i * i / (2 * deviation * deviation)));
-    }
+    std::vector<float> kernel;
+    for (int i = -reach; i <= reach; ++i)
+        kernel.push_back(static_cast<float>(std::exp(-i * i / (2 * deviation * deviation))));
     const float sum = std::accumulate(kernel.begin(), kernel.end(), 0.0F);
     for (float& weight : kernel)
         weight /= sum;
@@ -31,9 +29,10 @@ std::vector<float> gaussianKernel(double deviation) {
 struct Plane {
     int width;
     int height;
-    std::vector<float> alpha = std::vector<float>(static_cast<std::size_t>(width * height));
+    std::vector<float> alpha = std::vector<float>(std::size_t(width) * std::size_t(height));
 
-    float* row(int y) { return alpha.data() + y * width; }
+    float* row(int y) { return alpha.data() + std::ptrdiff_t(y) * width; }
+    const float* row(int y) const { return alpha.data() + std::ptrdiff_t(y) * width; }
 };
 
 /// The rows of a plane that are not empty: those of the shape, which are few beside its light's.
@@ -49,9 +48,9 @@ Plane blurredRows(const Plane& source, const std::vector<float>& kernel, Rows li
     Plane result{source.width, source.height};
     for (int y = lit.first; y < lit.end; ++y) {
         float* row = result.row(y);
-        const float* other = source.alpha.data() + y * source.width;
+        const float* other = source.row(y);
         for (int shift = -reach; shift <= reach; ++shift) {
-            const float weight = kernel[static_cast<std::size_t>(shift + reach)];
+            const float weight = kernel.data()[shift + reach];
             const int last = std::min(source.width, source.width - shift);
             for (int x = std::max(0, -shift); x < last; ++x)
                 row[x] += weight * other[x + shift];
@@ -67,8 +66,8 @@ Plane blurredColumns(const Plane& source, const std::vector<float>& kernel, Rows
         float* row = result.row(y);
         const int last = std::min(lit.end, y + reach + 1);
         for (int from = std::max(lit.first, y - reach); from < last; ++from) {
-            const float weight = kernel[static_cast<std::size_t>(from - y + reach)];
-            const float* other = source.alpha.data() + from * source.width;
+            const float weight = kernel.data()[from - y + reach];
+            const float* other = source.row(from);
             for (int x = 0; x < source.width; ++x)
                 row[x] += weight * other[x];
         }
@@ -102,7 +101,7 @@ QImage colored(Plane plane, const Color& color) {
     for (int y = 0; y < plane.height; ++y) {
         auto* pixels = reinterpret_cast<QRgb*>(image.scanLine(y));
         std::transform(plane.row(y), plane.row(y) + plane.width, pixels, [&](float alpha) {
-            return qPremultiply(base | static_cast<QRgb>(alpha * full + 0.5F) << 24);
+            return qPremultiply(base | static_cast<QRgb>(qRound(alpha * full)) << 24);
         });
     }
     return image;
@@ -118,7 +117,7 @@ struct Tile {
     int reach;  // of the blur
     double red, green, blue, alpha;
 
-    auto operator<=>(const Tile&) const = default;
+    auto operator<=>(const Tile&) const = default;  // NOLINT: the checker takes its 0 for a pointer
 };
 
 QImage blurred(const Tile& tile) {

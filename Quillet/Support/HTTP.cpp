@@ -120,7 +120,7 @@ Transfer::Transfer(const std::string& url, const HTTP::Headers& fields, Seconds 
     // A field without a value is written with a semicolon; with a colon libcurl would leave it out.
     for (const auto& [name, value] : fields) {
         const bool blank = value.find_first_not_of(" \t") == std::string::npos;
-        append(headers, blank ? name + ";" : name + ": " + value);
+        append(headers, std::string(name).append(blank ? ";" : ": ").append(blank ? "" : value));
     }
     for (const auto& row : transport.connectTo)
         append(connectTo, row);
