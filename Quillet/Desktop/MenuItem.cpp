@@ -1,9 +1,27 @@
 #include "Desktop/MenuItem.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMenu>
 
 namespace {
+
+/// The toolkit heeds shortcuts only of menus that hang at a window; these pop up by themselves.
+class ShortcutKeys : public QObject {
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::KeyPress) return false;
+        auto* const menu = static_cast<QMenu*>(watched);
+        const QKeySequence pressed(static_cast<QKeyEvent*>(event)->keyCombination());
+        for (QAction* row : menu->actions()) {
+            if (row->shortcut() != pressed) continue;
+            menu->close();
+            row->trigger();
+            return true;
+        }
+        return false;
+    }
+};
 
 void addRow(QMenu& menu, const MenuItem& item) {
     QAction* row = menu.addAction(QString::fromStdString(item.title).replace(u'&', "&&"));
@@ -20,6 +38,8 @@ void addRow(QMenu& menu, const MenuItem& item) {
 }  // namespace
 
 void fillMenu(QMenu& menu, const MenuItems& items) {
+    static ShortcutKeys keys;
+    menu.installEventFilter(&keys);  // once, however often it is asked
     menu.clear();
     for (const MenuItem& item : items) {
         if (item.isSeparator()) {

@@ -3,11 +3,13 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <thread>
 
 #include "Desktop/FloatingWindow.h"
+#include "Desktop/MenuItem.h"
 #include "Desktop/PointText.h"
 #include "Desktop/Popover.h"
 #include "Desktop/Screens.h"
@@ -99,6 +101,20 @@ TEST_F(Windows, PopoverFollowsItsViewAndTheKeyboardTheVisualOrder) {
     EXPECT_TRUE(popover.justClosed());
     std::this_thread::sleep_for(std::chrono::milliseconds(410));
     EXPECT_FALSE(popover.justClosed());
+}
+
+TEST_F(Windows, AnOpenMenusRowsAnswerToTheirKeys) {
+    int chosen = 0;
+    QMenu menu;
+    fillMenu(menu, {{"Refresh", 'r', {}, [&] { ++chosen; }}, {"Donate", {}, {}, [&] { chosen += 10; }}});
+    menu.popup({});
+    for (const auto modifier : {Qt::NoModifier, Qt::ControlModifier}) {
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_R, modifier);
+        QApplication::sendEvent(&menu, &event);
+    }
+    QApplication::processEvents();
+    EXPECT_EQ(chosen, 1);
+    EXPECT_FALSE(menu.isVisible());
 }
 
 TEST_F(Windows, BarIsDraggedWithoutJumpsAndToldOfOnceAtTheEnd) {
