@@ -10,6 +10,7 @@
 #include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 #include "App/AppDelegate.h"
 
@@ -18,6 +19,7 @@ namespace {
 constexpr const char* applicationID = "com.zendrik.Quillet";  // also the desktop entry's and the icon's name
 constexpr const char* objectPath = "/com/zendrik/Quillet";
 constexpr const char* showPanel = "ShowPanel";
+constexpr const char* noDisplay = "quillet: there is no display to run on\n";
 
 bool isSet(const char* variable) {
     return !qEnvironmentVariableIsEmpty(variable);
@@ -29,6 +31,13 @@ void choosePlatform() {
     if (isSet("WAYLAND_DISPLAY") && isSet("DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "xcb;wayland");
     }
+}
+
+/// The toolkit would abort, and leave a core file, where no display answers. Its other messages are nobody's concern.
+void handleMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
+    if (type != QtFatalMsg) return;
+    std::fputs(noDisplay, stderr);
+    std::_Exit(EXIT_SUCCESS);
 }
 
 /// Makes the signals that ask a program to end readable, for the event loop to notice. Made before any other
@@ -88,12 +97,12 @@ bool isRunningElsewhere() {
 
 void Application::run() {
     if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
-        std::fputs("quillet: there is no display to run on\n", stderr);
+        std::fputs(noDisplay, stderr);
         return;
     }
     const int signalDescriptor = openSignals();
     choosePlatform();
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    qInstallMessageHandler(handleMessage);
 
     int count = 1;
     char name[] = "quillet";
