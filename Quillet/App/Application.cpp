@@ -45,8 +45,11 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
 int openSignals() {
     sigset_t ending;
     sigemptyset(&ending);
-    for (const int number : {SIGTERM, SIGINT, SIGHUP})
+    for (const int number : {SIGTERM, SIGINT})
         sigaddset(&ending, number);
+    struct sigaction inherited {};
+    sigaction(SIGHUP, nullptr, &inherited);
+    if (inherited.sa_handler != SIG_IGN) sigaddset(&ending, SIGHUP);  // ignored: started to outlive its terminal
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
     return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
 }
