@@ -79,8 +79,11 @@ void AppDelegate::apply(Snapshots results) {
     touchStrip.update(stripEntries());
     floatingStrip.update(stripEntries());
     if (floatingWindow) {
+        const QSize before = floatingWindow->size();
         sizeFloatingWindow();
-        positionFloatingWindow();  // at the top right it would else grow over the screen's edge
+        // At the top right it would else grow over the screen's edge. As it is, it stays even with its corner
+        // dragged beyond an edge.
+        if (floatingWindow->size() != before) positionFloatingWindow();
     }
     updateTrayGlyph();
     panelView.update(panelEntries());

@@ -10,6 +10,7 @@
 #include <QThread>
 #include <filesystem>
 
+#include "Desktop/PointText.h"
 #include "Platform/HardwareModel.h"
 #include "Platform/UserDefaults.h"
 #include "Support/HTTP.h"
@@ -61,6 +62,11 @@ public:
     bool hasStatusItem() const { return delegate.statusItem != nullptr; }
     bool showsBar() const { return delegate.floatingWindow && delegate.floatingWindow->isVisible(); }
     QSize barSize() const { return delegate.floatingWindow->size(); }
+    std::string barOrigin() const { return PointText::format(delegate.floatingWindow->origin()); }
+    void dragBar(Point origin) {
+        delegate.floatingWindow->setOrigin(origin);
+        delegate.floatingWindow->onMoved();
+    }
     std::size_t known() const { return delegate.snapshots.size(); }
     std::optional<double> percent(Provider provider) const { return delegate.snapshots.at(provider).dailyPercent; }
     int panelHeight() const { return delegate.panelView.height(); }
@@ -142,6 +148,27 @@ TEST_F(Application, EachCombinationOfSurfacesIsShownAndKept) {
         EXPECT_EQ(probe.showsBar(), step.bar) << step.surface.rawValue() << step.on;
     }
     EXPECT_EQ(UserDefaults::textArray("enabledSurfaces"), (Texts{"menuBar", "touchBar"}));
+}
+
+TEST_F(Application, TheBarStandsWhereItWasLeft) {
+    const struct {
+        const char *stored, *origin;
+    } cases[] = {{"{100, 200}", "{100, 200}"},
+                 {"{799, 0}", "{799, 0}"},
+                 {"{0, 0}", "{532, 756}"},
+                 {"{800, 10}", "{532, 756}"},
+                 {"left", "{532, 756}"}};
+    for (const auto& c : cases) {
+        home.write(".config/quillet/defaults.json",
+                   std::string(R"({"visibleProviders":["Claude"],"floatingBarOrigin":")") + c.stored + "\"}");
+        AppDelegateProbe probe;
+        probe.apply({"Claude"}, 0);
+        EXPECT_EQ(probe.barOrigin(), c.origin) << c.stored;
+        probe.dragBar({-20, 300});
+        probe.apply({"Claude"}, 1);
+        EXPECT_EQ(probe.barOrigin(), "{-20, 300}") << "no refresh moves it";
+        EXPECT_EQ(UserDefaults::text("floatingBarOrigin"), "{-20, 300}");
+    }
 }
 
 TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
