@@ -39,6 +39,12 @@ public:
         QApplication::processEvents();
     }
 
+    /// Without a tray the item comes some seconds after the start.
+    void awaitStatusItem() {
+        while (!delegate.statusItem->geometry())
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
     /// "x Title" for a checked row, "- Title" for an unchecked one, "(Title)" for a heading.
     Texts menu() {
         Texts rows;
@@ -268,6 +274,7 @@ TEST_F(Application, AThousandRefreshesLeaveNothingBehind) {
         }
         probe.awaitCollection();
     };
+    probe.awaitStatusItem();
     refresh(100);
     const auto before = count();
     refresh(1000);
