@@ -55,6 +55,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     connect(&timer, &QTimer::timeout, this, &AppDelegate::refresh);
     // The timer counts in milliseconds up to 24 days.
     const double milliseconds = std::min(config.intervalSeconds * 1000, double(std::numeric_limits<int>::max()));
+    timer.setTimerType(Qt::PreciseTimer);
     timer.start(static_cast<int>(milliseconds));
 }
 
@@ -76,8 +77,9 @@ void AppDelegate::apply(Snapshots results) {
     const bool collected = !results.empty();
     snapshots = std::move(results);
     updateStatusItem();
-    touchStrip.update(stripEntries());
-    floatingStrip.update(stripEntries());
+    const auto entries = stripEntries();
+    touchStrip.update(entries);
+    floatingStrip.update(entries);
     if (floatingWindow) {
         const QSize before = floatingWindow->size();
         sizeFloatingWindow();

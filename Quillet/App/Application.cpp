@@ -33,7 +33,8 @@ void choosePlatform() {
     }
 }
 
-/// The toolkit would abort, and leave a core file, where no display answers. Its other messages are nobody's concern.
+/// The toolkit would abort, and leave a core file, where no display answers. Its other messages are nobody's
+/// concern.
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
     if (type != QtFatalMsg) return;
     std::fputs(noDisplay, stderr);
@@ -116,11 +117,11 @@ void Application::run() {
     QApplication::setQuitOnLastWindowClosed(false);
     QSocketNotifier signalled(signalDescriptor, QSocketNotifier::Read);
     QObject::connect(&signalled, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
-    if (isRunningElsewhere()) return;
 
     AppDelegate delegate;
     Door door(delegate);
-    QDBusConnection::sessionBus().registerVirtualObject(objectPath, &door);
+    QDBusConnection::sessionBus().registerVirtualObject(objectPath, &door);  // before its name can be found
+    if (isRunningElsewhere()) return;
     delegate.applicationDidFinishLaunching();
     QApplication::exec();
 }

@@ -41,6 +41,8 @@ NotifierHost::NotifierHost(std::function<void(std::optional<Host>)> onHostChange
     for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
         bus.connect(watcherName, watcherPath, watcherName, change, &question, SLOT(start()));
     }
+    bus.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected", &question,
+                SLOT(start()));  // the bus itself went
     question.start();
 }
 

@@ -30,7 +30,14 @@ json read() {
     return stored.is_object() && !tooDeep ? stored : json(json::value_t::discarded);
 }
 
+/// What could not be written: it holds for as long as the program runs.
+json& unwritten() {
+    static json values = json::object();
+    return values;
+}
+
 json value(const std::string& key) {
+    if (unwritten().contains(key)) return unwritten()[key];
     const json stored = read();
     return stored.is_object() ? stored.value(key, json()) : json();
 }
@@ -50,12 +57,13 @@ void write(const std::string& key, json value) {
     const std::filesystem::path path = filePath();
     std::error_code ignored;
     std::filesystem::create_directories(path.parent_path(), ignored);
+    unwritten()[key] = std::move(value);
     json stored = read();
     if (stored.is_discarded() && !setAside(path)) return;
     if (stored.is_discarded()) stored = json::object();
-    stored[key] = std::move(value);
-    WholeFile::write(path, stored.dump(2, ' ', false, json::error_handler_t::replace) + "\n",
-                     WholeFile::Flush::yes);
+    stored.update(unwritten());
+    const std::string text = stored.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+    if (WholeFile::write(path, text, WholeFile::Flush::yes)) unwritten() = json::object();
 }
 
 }  // namespace

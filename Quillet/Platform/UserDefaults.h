@@ -6,7 +6,8 @@
 
 /// The application's own stored choices: one JSON object in ~/.config/quillet/defaults.json. Every read and write
 /// is of the whole file; a write replaces it at once, so that the old or the new one is there whenever the program
-/// ends. Keys of other programs or versions are kept. For the main thread.
+/// ends. Keys of other programs or versions are kept. What can't be written
+/// is kept until the program ends, or until a write succeeds. For the main thread.
 namespace UserDefaults {
 
 /// Absent when the key is missing, not an array, or holds anything but texts.

@@ -77,6 +77,9 @@ public:
     std::optional<double> percent(Provider provider) const { return delegate.snapshots.at(provider).dailyPercent; }
     int panelHeight() const { return delegate.panelView.height(); }
     std::string toolTip() const { return delegate.toolTip(); }
+    TouchBarButton& trayButton() { return *delegate.trayItem->button; }
+    int timerInterval() const { return delegate.timer.isActive() ? delegate.timer.interval() : 0; }
+    const auto& panelSurfaces() const { return delegate.panelView.settings.surfaces; }
     std::optional<TouchBarItem> item(const std::string& identifier) { return delegate.makeItem(identifier); }
 
     AppDelegate delegate;
@@ -94,19 +97,20 @@ protected:
         HardwareModel::exchangeSource([] { return std::string("MacBookPro16,1"); });
     }
 
-    /// Every operation writes its name down, with what tells its arguments apart.
-    Texts& recordTouchBar() {
+    /// Every operation writes its name down, with what tells its arguments apart. Bars are presented and dismissed
+    /// by older systems under another name.
+    Texts& recordTouchBar(const std::string& bar) {
         const auto record = [this](const char* name) {
-            return [this, name](const TouchBarOperations::Arguments& arguments) {
-                calls.push_back(std::string(name) + (arguments.flag ? " true" : ""));
+            return [this, name = std::string(name)](const TouchBarOperations::Arguments& arguments) {
+                calls.push_back(name + (arguments.flag ? " true" : "") + arguments.identifier);
             };
         };
         auto& operations = TouchBarOperations::shared();
         for (const char* name : {"addSystemTrayItem:", "removeSystemTrayItem:"})
             operations.itemClass[name] = record(name);
-        for (const char* name :
-             {"presentSystemModalFunctionBar:systemTrayItemIdentifier:", "dismissSystemModalTouchBar:"})
-            operations.barClass[name] = record(name);
+        for (const auto& name :
+             {"presentSystemModal" + bar + ":systemTrayItemIdentifier:", "dismissSystemModal" + bar + ":"})
+            operations.barClass[name] = record(name.c_str());
         operations.framework.emplace();
         for (const char* name :
              {"DFRElementSetControlStripPresenceForIdentifier", "DFRSystemModalShowsCloseBoxWhenFrontMost"})
@@ -222,30 +226,78 @@ TEST_F(Application, ThePassThatEndsLastIsShown) {
 }
 
 TEST_F(Application, TheTouchBarIsPresentedOncePerInstallation) {
-    const Texts installed{"addSystemTrayItem:", "DFRElementSetControlStripPresenceForIdentifier true"};
-    const Texts presented{"DFRSystemModalShowsCloseBoxWhenFrontMost true",
-                          "presentSystemModalFunctionBar:systemTrayItemIdentifier:"};
+    const std::string tray = AppDelegate::trayIdentifier;
+    const std::string presence = "DFRElementSetControlStripPresenceForIdentifier";
+    const Texts installed{"addSystemTrayItem:", presence + " true" + tray};
     useTouchBarMachine();
-    auto& made = recordTouchBar();
+    for (const std::string bar : {"TouchBar", "FunctionBar"}) {
+        SCOPED_TRACE(bar);
+        TouchBarOperations::shared() = {};
+        auto& made = recordTouchBar(bar);
+        const Texts presented{"DFRSystemModalShowsCloseBoxWhenFrontMost true",
+                              "presentSystemModal" + bar + ":systemTrayItemIdentifier:" + tray};
+        AppDelegateProbe probe;
+        EXPECT_EQ(std::exchange(made, {}), installed);
+        const QImage glyph = probe.trayButton().image;
+        probe.apply({}, 0);
+        EXPECT_EQ(std::exchange(made, {}), Texts{}) << "nothing collected yet";
+        probe.apply({"Claude"}, 90);
+        EXPECT_EQ(std::exchange(made, {}), presented);
+        EXPECT_NE(probe.trayButton().image, glyph);
+        probe.apply({"Claude"}, 2);
+        EXPECT_EQ(std::exchange(made, {}), Texts{}) << "once only";
+        probe.trayButton().action();
+        EXPECT_EQ(std::exchange(made, {}), presented);
+        probe.delegate.setSurface(DisplaySurface::touchBar, false);
+        EXPECT_EQ(std::exchange(made, {}),
+                  (Texts{"dismissSystemModal" + bar + ":", presence + tray, "removeSystemTrayItem:"}));
+        probe.delegate.presentModalStrip();
+        EXPECT_EQ(made, Texts{}) << "not installed";
+        probe.delegate.setSurface(DisplaySurface::touchBar, true);
+        EXPECT_EQ(std::exchange(made, {}), installed);
+        probe.apply({"Claude"}, 3);
+        EXPECT_EQ(std::exchange(made, {}), presented);
+        EXPECT_FALSE(probe.item(tray));
+        const auto strip = probe.item(AppDelegate::stripIdentifier);
+        const auto* view = dynamic_cast<StripView*>(strip ? strip->view : nullptr);
+        EXPECT_TRUE(view && view->measuredWidth() > 900) << "of four providers";
+    }
+}
+
+TEST_F(Application, OnlyTheListedMachinesHaveATouchBar) {
+    int listed = 0;
+    for (const int year : {12, 13, 14, 15, 16, 17, 18}) {
+        for (int kind = 0; kind < 6; ++kind) {
+            static std::string model;
+            model = "MacBookPro" + std::to_string(year) + "," + std::to_string(kind);
+            HardwareModel::exchangeSource([] { return model; });
+            const bool expected = (year == 13 || year == 14) ? kind == 2 || kind == 3
+                                  : year == 15 || year == 16 ? kind >= 1 && kind <= 4
+                                                             : year == 17 && kind == 1;
+            EXPECT_EQ(AppDelegate::hasPhysicalTouchBar(), expected) << model;
+            listed += expected;
+        }
+    }
+    EXPECT_EQ(listed, 13);
+}
+
+TEST_F(Application, ChoicesAndTheTimerStartNewPasses) {
+    home.write(".config/quillet/config.json", R"({"intervalSeconds": 7})");
     AppDelegateProbe probe;
-    EXPECT_EQ(std::exchange(made, {}), installed);
-    probe.apply({}, 0);
-    EXPECT_EQ(std::exchange(made, {}), Texts{}) << "nothing collected yet";
-    probe.apply({"Claude"}, 1);
-    EXPECT_EQ(std::exchange(made, {}), presented);
-    probe.apply({"Claude"}, 2);
-    EXPECT_EQ(std::exchange(made, {}), Texts{}) << "once only";
-    probe.delegate.setSurface(DisplaySurface::touchBar, false);
-    EXPECT_EQ(std::exchange(made, {}),
-              (Texts{"dismissSystemModalTouchBar:", "DFRElementSetControlStripPresenceForIdentifier",
-                     "removeSystemTrayItem:"}));
-    probe.delegate.presentModalStrip();
-    EXPECT_EQ(made, Texts{}) << "not installed";
-    probe.delegate.setSurface(DisplaySurface::touchBar, true);
-    EXPECT_EQ(std::exchange(made, {}), installed);
-    probe.apply({"Claude"}, 3);
-    EXPECT_EQ(made, presented);
-    EXPECT_TRUE(probe.item(AppDelegate::stripIdentifier) && !probe.item(AppDelegate::trayIdentifier));
+    probe.awaitCollection();
+    EXPECT_EQ(probe.timerInterval(), 7000);
+    const struct {
+        const char* row;
+        std::size_t collected;
+    } cases[] = {{"Refresh", 4}, {"  Codex", 3}, {"  Codex", 4}};
+    for (const auto& c : cases) {
+        probe.apply({"Claude"}, 50);
+        probe.choose(c.row);
+        probe.awaitCollection();
+        EXPECT_EQ(probe.known(), c.collected) << c.row;
+    }
+    probe.delegate.setSurface(DisplaySurface::floatingBar, false);
+    EXPECT_FALSE(probe.panelSurfaces().contains(DisplaySurface::floatingBar));
 }
 
 TEST_F(Application, MissingTouchBarOperationsDoNothing) {

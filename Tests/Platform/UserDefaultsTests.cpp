@@ -94,6 +94,16 @@ TEST(UserDefaults, EveryUnreadableFileIsSetAsideUnderANameOfItsOwn) {
     EXPECT_EQ(UserDefaults::text("b"), "x");
 }
 
+TEST(UserDefaults, WhatCannotBeSavedHoldsAndIsSavedLater) {
+    const TemporaryHome home;
+    TemporaryHome::write(".config", "no folder");
+    UserDefaults::setText("first", "1");
+    EXPECT_EQ(UserDefaults::text("first"), "1");
+    fs::remove(TemporaryHome::at(".config"));
+    UserDefaults::setText("second", "2");
+    EXPECT_EQ(json::parse(textOf(TemporaryHome::at(file))), (json{{"first", "1"}, {"second", "2"}}));
+}
+
 TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
     const TemporaryHome home;
     const std::vector<std::string> values[] = {{std::string(50'000, 'a')}, {std::string(90'000, 'b')}};
