@@ -39,16 +39,10 @@ StatusSummary::Snapshots makeSnapshots() {
 
 class Surfaces {
 public:
-    QImage chip(Provider provider) const {
-        return Picture::of({22, 22}, scale, [&](Canvas& canvas) {
-            ProviderChip::draw(canvas, provider, {0, 0, 22, 22}, false);
-        });
-    }
-
     void drawStrip() {
         std::vector<StripView::Entry> entries;
         for (const auto& [provider, snapshot] : snapshots)
-            entries.push_back({provider, chip(provider), snapshot});
+            entries.push_back({provider, ProviderChip::picture(provider, scale), snapshot});
         strip.update(std::move(entries));
         strip.resize(strip.sizeHint());
         Picture::of(strip, scale);
@@ -118,7 +112,7 @@ int main(int argc, char** argv) {
     printPart("the strip", [&] { surfaces.drawStrip(); });
     printPart("its four chips", [&] {
         for (const Provider provider : Provider::allCases())
-            surfaces.chip(provider);
+            ProviderChip::picture(provider, scale);
     });
     printPart("the summary", [&] { surfaces.drawSummary(); });
     printPart("the glyph", [&] { surfaces.drawGlyph(); });

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <limits>
 
-#include "Desktop/Picture.h"
 #include "Platform/HardwareModel.h"
 #include "Platform/UserDefaults.h"
 #include "Providers/Collectors.h"
@@ -15,7 +14,6 @@
 
 namespace {
 
-constexpr Rect chip{0, 0, 22, 22};
 constexpr double chipScale = 2;  // pixels per point
 
 constexpr const char* touchBarModels[] = {
@@ -26,11 +24,6 @@ constexpr const char* touchBarModels[] = {
 
 constexpr int mostPasses = 8;  // at a time; one that hangs must not hold up the next
 constexpr int patience = 500;  // milliseconds that the end waits for a collection to notice
-
-QImage chipIcon(Provider provider) {
-    return Picture::of({chip.width, chip.height}, chipScale,
-                       [&](Canvas& canvas) { ProviderChip::draw(canvas, provider, chip, false); });
-}
 
 }  // namespace
 
@@ -124,7 +117,7 @@ std::optional<UsageSnapshot> AppDelegate::snapshot(Provider provider) const {
 std::vector<StripView::Entry> AppDelegate::stripEntries() const {
     std::vector<StripView::Entry> entries;
     for (const Provider provider : enabledProviders()) {
-        entries.push_back({provider, chipIcon(provider), snapshot(provider)});
+        entries.push_back({provider, ProviderChip::picture(provider, chipScale), snapshot(provider)});
     }
     return entries;
 }

@@ -1,5 +1,4 @@
 #include <QBuffer>
-#include <QPainter>
 #include <cstdio>
 
 #include "CLI/Previews.h"
@@ -14,7 +13,6 @@ namespace {
 
 constexpr double scale = 2;           // pixels per point
 constexpr int quickCompression = 80;  // the encoder's "quality": a tenth larger, in a third of the time
-constexpr Rect chip{0, 0, 22, 22};
 
 constexpr struct {
     double padding = 8;  // left and right of the summary
@@ -32,17 +30,12 @@ void writePNG(const QImage& image, const std::string& path) {
     }
 }
 
-QImage chipIcon(Provider provider) {
-    return Picture::of({chip.width, chip.height}, scale,
-                       [&](Canvas& canvas) { ProviderChip::draw(canvas, provider, chip, false); });
-}
-
 }  // namespace
 
 void CLI::preview(const std::string& outPath) {
     std::vector<StripView::Entry> entries;
     for (const auto& [provider, snapshot] : collectAll())
-        entries.push_back({provider, chipIcon(provider), snapshot});
+        entries.push_back({provider, ProviderChip::picture(provider, scale), snapshot});
     StripView strip;
     strip.update(std::move(entries));
     const Size size{strip.measuredWidth(), StripView::intrinsicHeight};

@@ -1,8 +1,11 @@
 #include "Rendering/ProviderChip.h"
 
+#include "Desktop/Picture.h"
 #include "Rendering/Palette.h"
 
 namespace {
+
+constexpr double pictureSide = 22;
 
 constexpr struct {
     double radius = 0.24;   // of the width
@@ -19,4 +22,10 @@ void ProviderChip::draw(Canvas& canvas, Provider provider, Rect rect, bool dimme
     canvas.fillRounded(rect, style.radius * rect.width, body);
     const TextLine initials(Palette::initials(provider), {style.textSize * rect.height, FontWeight::bold});
     canvas.drawCentred(initials, rect.center(), Color::black(dimmed ? style.dimmedText : style.text));
+}
+
+QImage ProviderChip::picture(Provider provider, double scale) {
+    return Picture::of({pictureSide, pictureSide}, scale, [&](Canvas& canvas) {
+        draw(canvas, provider, {0, 0, pictureSide, pictureSide}, false);
+    });
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QImage>
+
 #include "Desktop/Canvas.h"
 #include "Model/Provider.h"
 
@@ -8,5 +10,8 @@ namespace ProviderChip {
 
 /// `dimmed` is the faded look of a provider that is not connected.
 void draw(Canvas& canvas, Provider provider, Rect rect, bool dimmed);
+
+/// The badge by itself, 22 by 22 points at `scale` pixels per point.
+QImage picture(Provider provider, double scale);
 
 }  // namespace ProviderChip
