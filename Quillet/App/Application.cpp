@@ -1,7 +1,6 @@
 #include "App/Application.h"
 
 #include <sys/signalfd.h>
-#include <unistd.h>
 
 #include <QApplication>
 #include <QDBusConnection>

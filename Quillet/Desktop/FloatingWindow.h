@@ -4,7 +4,6 @@
 #include <QPointer>
 #include <QWidget>
 #include <functional>
-#include <memory>
 #include <optional>
 
 #include "Desktop/Geometry.h"

@@ -3,7 +3,6 @@
 #include <QImage>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>

@@ -1,5 +1,4 @@
 #include <QCoreApplication>
-#include <algorithm>
 
 #include "Desktop/FlatButton.h"
 #include "PanelView/PanelView.h"

@@ -2,7 +2,6 @@
 
 #include <QPainter>
 #include <algorithm>
-#include <cmath>
 
 #include "Rendering/ModelTag.h"
 #include "Rendering/Palette.h"
