@@ -34,7 +34,7 @@ public:
     static constexpr const char* visibleProvidersKey = "visibleProviders";  ///< Of the user defaults.
 
     AppDelegate();
-    ~AppDelegate() override;  ///< Waits for no collection.
+    ~AppDelegate() override;  ///< Ends the process itself if a collection does not notice within half a second.
 
     void applicationDidFinishLaunching();
 

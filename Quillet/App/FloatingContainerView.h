@@ -6,7 +6,7 @@
 /// The floating bar's background around its strip.
 class FloatingContainerView : public QWidget {
 public:
-    static constexpr double cornerRadius = 10;
+    static constexpr double cornerRadius = 10;  ///< Points.
 
     explicit FloatingContainerView(QWidget* strip);  ///< The strip keeps its owner.
     ~FloatingContainerView() override;

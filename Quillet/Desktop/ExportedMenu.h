@@ -46,8 +46,8 @@ private:
     std::vector<Row> rows;  ///< As the host knows them.
     MenuItems newest;
     bool waiting = false;  ///< The newest look different.
-    std::map<std::pair<std::string, int>, int>
-        ids;  ///< By title and occurrence, so that a late click hits its row.
+    /// By title and occurrence, so that a late click hits its row.
+    std::map<std::pair<std::string, int>, int> ids;
     unsigned revision = 0;
     QTimer mayBeOpen;
 };

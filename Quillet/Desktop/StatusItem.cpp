@@ -77,8 +77,8 @@ void StatusItem::State::lookForEmbedding() {
         corner.stop();
         if (dynamic_cast<TrayIcon*>(form.get())) return;
         take<TrayIcon>();
-        embedding
-            .start();  // a panel that goes takes its tray with it a moment later, perhaps before that is watched
+        // A panel that goes takes its tray with it a moment later, perhaps before that is watched.
+        embedding.start();
     } else if (!dynamic_cast<CornerItem*>(form.get())) {
         form.reset();
         tell();

@@ -26,8 +26,8 @@ public:
     TextLine(TextLine&&) noexcept;
     TextLine& operator=(TextLine&&) noexcept;
 
-    double width() const;
-    double height() const;  ///< Of the line box: ascent and descent.
+    double width() const;   ///< Points.
+    double height() const;  ///< Points, of the line box: ascent and descent.
 
     void draw(QPainter& painter, double x, double top) const;  ///< In the painter's coordinates and pen.
 

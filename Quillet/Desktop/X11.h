@@ -10,7 +10,7 @@
 
 class QWidget;
 
-/// What the toolkit doesn't ask of the X server.
+/// What the toolkit doesn't ask of the X server. Only `connection` and `cutCorners` may be called without one.
 namespace X11 {
 
 struct Free {
@@ -22,6 +22,7 @@ using Reply = std::unique_ptr<T, Free>;
 /// The toolkit's; null where it runs on something else.
 xcb_connection_t* connection();
 
+/// XCB_ATOM_NONE where the server doesn't answer.
 xcb_atom_t atom(const char* name);
 
 /// Whether there is a program that owns the selection, as compositors and trays own one of the screen's.
@@ -36,7 +37,7 @@ std::string windowManager();
 /// Those that a window manager handles.
 std::vector<xcb_window_t> managedWindows();
 
-/// Rounds a window's corners where they can't be transparent.
+/// Rounds a window's corners, by points, where they can't be transparent.
 void cutCorners(QWidget* window, double radius);
 
 }  // namespace X11

@@ -41,6 +41,6 @@ std::optional<double> Palette::highestPercent(const UsageSnapshot& snapshot) {
     const auto number = [](std::optional<double> percent) {
         return percent && std::isnan(*percent) ? std::nullopt : percent;
     };
-    return std::max(number(snapshot.dailyPercent),
-                    number(snapshot.weeklyPercent));  // absent is less than any value
+    // Absent is less than any value.
+    return std::max(number(snapshot.dailyPercent), number(snapshot.weeklyPercent));
 }

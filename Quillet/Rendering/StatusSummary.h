@@ -9,7 +9,8 @@
 #include "Desktop/Canvas.h"
 #include "Model/UsageSnapshot.h"
 
-/// The two small pictures that stand for all providers at once: the status item's and the control strip's.
+/// The small pictures that stand for all providers at once: the status item's, wide and square, and the control
+/// strip's. `scale` is in pixels per point.
 namespace StatusSummary {
 
 using Snapshots = std::map<Provider, UsageSnapshot>;

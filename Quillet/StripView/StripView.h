@@ -25,7 +25,7 @@ public:
     void update(std::vector<Entry> entries);
     using QWidget::update;
 
-    double measuredWidth() const { return wantedWidth; }
+    double measuredWidth() const { return wantedWidth; }  ///< Points that the entries need.
     QSize sizeHint() const override;
 
     /// The strip in an area `areaHeight` points high.
@@ -36,5 +36,5 @@ protected:
 
 private:
     std::vector<Entry> entries;
-    double wantedWidth = 260;
+    double wantedWidth = 260;  // until the first update
 };
