@@ -20,7 +20,7 @@ namespace {
 using Command = std::vector<std::string>;
 
 constexpr int starts = 15;
-constexpr auto settling = std::chrono::seconds(35);  // the toolkit ends threads that had no work for 30 seconds
+constexpr auto settling = std::chrono::seconds(35);  // until the start has come to rest
 constexpr auto idleTime = std::chrono::minutes(1);
 constexpr double noise = 2;  // switches in that time
 
