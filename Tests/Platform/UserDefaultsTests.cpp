@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 
-#include "Platform/WholeFile.h"
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/TemporaryHome.h"
 
@@ -28,8 +26,8 @@ std::vector<std::string> folder(const std::string& path) {
 }  // namespace
 
 TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
-    for (const auto& row :
-         fixture("tables/user-defaults")) {  // stored, array "a", text "a", stored once "b" is "x", set aside
+    // Stored, array "a", text "a", stored once "b" is "x", set aside.
+    for (const auto& row : fixture("tables/user-defaults")) {
         SCOPED_TRACE(row[0].dump().substr(0, 99));
         const TemporaryHome home;
         std::string text = row[0];
@@ -52,45 +50,14 @@ TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
     EXPECT_EQ(UserDefaults::textArray("a"), (std::vector<std::string>{"é", "\uFFFD"}));
 }
 
-TEST(WholeFile, AFailedWriteLeavesWhatWasThere) {
-    const TemporaryHome home;
-    const auto path = TemporaryHome::write("file", "old"), longest = TemporaryHome::at(std::string(255, 'x'));
-    EXPECT_TRUE(WholeFile::write(longest, "x", WholeFile::Flush::yes)) << "the longest name that a file may have";
-    fs::remove(longest);
-    for (const auto& bad : {TemporaryHome::at("none/file"), TemporaryHome::path(), path + "/file", std::string(),
-                            std::string("/proc/file")})
-        EXPECT_FALSE(WholeFile::write(bad, "new", WholeFile::Flush::no)) << bad;
-    signal(SIGXFSZ, SIG_IGN);
-    rlimit limit;
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const auto usual = std::exchange(limit.rlim_cur, 10);
-    setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_FALSE(WholeFile::write(path, "more than fits", WholeFile::Flush::yes));
-    limit.rlim_cur = usual;
-    setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(folder(TemporaryHome::path()), std::vector<std::string>{"old"});
-}
-
-TEST(WholeFile, ReplacesFilesAloneAndKeepsTheirPermissions) {
-    const TemporaryHome home;
-    const auto path = TemporaryHome::write("file", "old"), fifo = TemporaryHome::at("fifo");
-    fs::permissions(path, fs::perms(0600));
-    EXPECT_TRUE(WholeFile::write(path, "new", WholeFile::Flush::no));
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600));
-    ASSERT_EQ(TemporaryHome::shell("mkfifo fifo"), 0);
-    EXPECT_FALSE(WholeFile::write(fifo, "new", WholeFile::Flush::no));
-    EXPECT_TRUE(fs::is_fifo(fifo));
-}
-
 TEST(UserDefaults, EveryUnreadableFileIsSetAsideUnderANameOfItsOwn) {
     const TemporaryHome home;
-    const std::string path = ".config/quillet/defaults.json";
     for (const char* text : {"first {", "second {"}) {
-        TemporaryHome::write(path, text);
+        TemporaryHome::write(file, text);
         UserDefaults::setText("b", "x");
     }
-    EXPECT_EQ(textOf(TemporaryHome::at(path) + ".unreadable"), "first {");
-    EXPECT_EQ(textOf(TemporaryHome::at(path) + ".unreadable-2"), "second {");
+    EXPECT_EQ(textOf(TemporaryHome::at(file) + ".unreadable"), "first {");
+    EXPECT_EQ(textOf(TemporaryHome::at(file) + ".unreadable-2"), "second {");
     EXPECT_EQ(UserDefaults::text("b"), "x");
 }
 
