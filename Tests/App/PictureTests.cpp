@@ -12,8 +12,8 @@ INSTANTIATE_TEST_SUITE_P(, Pictures, testing::ValuesIn(scenarioNames({"pictures"
 TEST_P(Pictures, ArePutWholeWhereTheyAreAskedForAndLookAlikeEverywhere) {
     const TemporaryHome home;
     auto tools = textOf(FIXTURES "/scenarios/pictures.sh");
-#if defined(__SANITIZE_ADDRESS__) || \
-    defined(__SANITIZE_THREAD__)  // their dlopen stands in the program's way to its own run path
+    // The sanitizers' dlopen stands in the program's way to its own run path.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     if (!GetParam().ends_with("Module")) tools += "export LD_LIBRARY_PATH=$(dirname \"$QUILLET\")\n";
 #endif
     const auto out = TemporaryHome::beside("out"), err = TemporaryHome::beside("err");
