@@ -32,7 +32,7 @@ std::unique_ptr<xcb_generic_event_t, void (*)(void*)> nextEvent(xcb_connection_t
 }
 
 std::string runtimeFolder() {
-    const std::string folder = TemporaryHome::beside("runtime");
+    std::string folder = TemporaryHome::beside("runtime");
     std::filesystem::create_directories(folder);
     std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
     return folder;

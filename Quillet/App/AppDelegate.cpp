@@ -1,5 +1,7 @@
 #include "App/AppDelegate.h"
 
+#include <malloc.h>
+
 #include <QCoreApplication>
 #include <QPointer>
 #include <algorithm>
@@ -59,6 +61,7 @@ void AppDelegate::refresh() {
             if (stop.stop_requested()) return;
             results.insert_or_assign(provider, Collectors::collect(provider));
         }
+        malloc_trim(0);  // large logs and replies leave room behind that the allocator would keep
         const auto deliver = [delegate, results = std::move(results)]() mutable {
             if (delegate) delegate->apply(std::move(results));
         };

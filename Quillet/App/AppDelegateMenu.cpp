@@ -81,9 +81,9 @@ void AppDelegate::setProviderVisible(Provider provider, bool on) {
     if (on || shown.empty()) shown.push_back(provider);
     std::ranges::sort(shown);
 
-    std::vector<std::string> stored;
-    for (const Provider visible : shown)
-        stored.emplace_back(visible.rawValue());
+    std::vector<std::string> stored(shown.size());
+    std::ranges::transform(shown, stored.begin(),
+                           [](Provider visible) { return std::string(visible.rawValue()); });
     UserDefaults::setTextArray(visibleProvidersKey, stored);
     refresh();
     applySurfaces();

@@ -1,5 +1,6 @@
 #include "App/Application.h"
 
+#include <malloc.h>
 #include <sys/signalfd.h>
 
 #include <QApplication>
@@ -104,6 +105,7 @@ void Application::run() {
         return;
     }
     const int signalDescriptor = openSignals();
+    mallopt(M_ARENA_MAX, 2);  // each pass is a thread, which would get a heap of its own
     choosePlatform();
     qInstallMessageHandler(handleMessage);
 

@@ -12,8 +12,6 @@
 #include "App/Application.h"
 #include "CLI/Previews.h"
 
-extern char** environ;
-
 namespace {
 
 /// Pictures must look alike everywhere, so of all that the user's desktop or environment could ask of the toolkit

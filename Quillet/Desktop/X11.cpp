@@ -38,6 +38,7 @@ bool X11::isOwned(const char* selection) {
 /// All are asked for before the first is waited for.
 std::vector<std::vector<uint32_t>> X11::properties(const std::vector<xcb_window_t>& windows, xcb_atom_t name) {
     std::vector<xcb_get_property_cookie_t> requests;
+    requests.reserve(windows.size());
     for (const xcb_window_t window : windows)
         requests.push_back(xcb_get_property(connection(), 0, window, name, XCB_ATOM_ANY, 0, longest));
     std::vector<std::vector<uint32_t>> values;

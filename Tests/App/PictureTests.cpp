@@ -19,8 +19,9 @@ TEST_P(Pictures, ArePutWholeWhereTheyAreAskedForAndLookAlikeEverywhere) {
     const auto out = TemporaryHome::beside("out"), err = TemporaryHome::beside("err");
     for (const auto& step : scenario(GetParam())) {
         const auto script = TemporaryHome::write("script", tools + step["run"].get<std::string>());
-        TemporaryHome::shell("env -i HOME=\"$PWD\" PATH=\"$PATH\" QUILLET='" QUILLET "' timeout -k 1 60 sh '" +
-                             script + "' </dev/null >'" + out + "' 2>'" + err + "'");
+        std::string command = "env -i HOME=\"$PWD\" PATH=\"$PATH\" QUILLET='" QUILLET "' timeout -k 1 60 sh '";
+        command.append(script).append("' </dev/null >'").append(out).append("' 2>'").append(err).append("'");
+        TemporaryHome::shell(command);
         EXPECT_EQ(textOf(out), step["out"]) << step["run"];
         EXPECT_EQ(textOf(err), "") << step["run"];
     }

@@ -65,7 +65,8 @@ TEST(Glow, IsTheGaussianBlurOfItsShape) {
             const Rect bar{10, 13, width, 4};
             const auto image = drawn([&](Canvas& c) { c.glowRounded(bar, 0, {red.withAlpha(0.9), blur}); });
             for (int i = 0; i < 39 * 11; ++i) {
-                const double x = 1.25 + 1.5 * (i % 39), y = 7.25 + 1.5 * (i / 39);
+                const int column = i % 39, row = i / 39;
+                const double x = 1.25 + 1.5 * column, y = 7.25 + 1.5 * row;
                 EXPECT_NEAR(alphaAt(image, x, y), 0.9 * within(x, 10, 10 + width) * within(y, 13, 17), 0.015)
                     << x << ", " << y;
             }

@@ -78,7 +78,7 @@ TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
     int saved = 0;
     for (unsigned i = 0; i < 50; ++i) {
         const pid_t child = fork();
-        for (int j = 1; child == 0; ++j)
+        for (int j = 1; child == 0; ++j)  // NOLINT(bugprone-infinite-loop): until it is killed
             UserDefaults::setTextArray("a", values[j % 2]);
         usleep(i * 1397 % 40000);
         kill(child, SIGKILL);
