@@ -51,9 +51,9 @@ public:
         for (const auto& item : delegate.contextMenu()) {
             const std::string key = item.keyEquivalent ? std::string(" ^") + *item.keyEquivalent : "";
             const std::string mark = item.checked ? (*item.checked ? "x" : "-") : "";
-            rows.push_back(item.isSeparator() ? ""
-                           : item.action      ? mark + item.title + key
-                                              : "(" + item.title + ")");
+            std::string row = item.action ? mark : "(";
+            row.append(item.title).append(item.action ? key : ")");
+            rows.push_back(item.isSeparator() ? "" : row);
         }
         return rows;
     }
@@ -234,8 +234,8 @@ TEST_F(Application, TheTouchBarIsPresentedOncePerInstallation) {
         SCOPED_TRACE(bar);
         TouchBarOperations::shared() = {};
         auto& made = recordTouchBar(bar);
-        const Texts presented{"DFRSystemModalShowsCloseBoxWhenFrontMost true",
-                              "presentSystemModal" + bar + ":systemTrayItemIdentifier:" + tray};
+        const std::string present = "presentSystemModal" + bar + ":systemTrayItemIdentifier:";
+        const Texts presented{"DFRSystemModalShowsCloseBoxWhenFrontMost true", present + tray};
         AppDelegateProbe probe;
         EXPECT_EQ(std::exchange(made, {}), installed);
         const QImage glyph = probe.trayButton().image;
