@@ -47,14 +47,22 @@ std::string outPath(const Arguments& arguments) {
     return given ? *(option + 1) : "/tmp/quillet-" + arguments.front() + ".png";
 }
 
+constexpr const char* moduleName = "libquillet-desktop.so";  // found through the run path of the executable
+
+/// Why the module, or the operation in it, is not to be had, by the name of what the loader missed first.
+void sayWhy(std::string_view reason) {
+    const bool isModule = reason.starts_with(moduleName);
+    const std::string message = isModule ? "is not installed" : std::string("can't be loaded: ").append(reason);
+    std::fprintf(stderr, "quillet: the desktop half %s\n", message.c_str());
+}
+
 /// An operation of the desktop half, which only the commands that need it load, so that the others neither need
 /// the toolkit nor wait for it. Without it, says so and returns nothing.
 template <typename Operation>
 Operation desktopOperation(const char* name) {
-    // Found through the run path of the executable.
-    void* const module = dlopen("libquillet-desktop.so", RTLD_NOW | RTLD_LOCAL);
+    void* const module = dlopen(moduleName, RTLD_NOW | RTLD_LOCAL);
     void* const operation = module ? dlsym(module, name) : nullptr;
-    if (!operation) std::fputs("quillet: the desktop half is not installed\n", stderr);
+    if (!operation) sayWhy(dlerror());
     return reinterpret_cast<Operation>(operation);
 }
 
