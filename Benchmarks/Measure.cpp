@@ -36,15 +36,6 @@ void addLine(const std::string& name, double ours, double other, const char* uni
     allGood = allGood && good;
 }
 
-std::vector<char*> arguments(const std::vector<std::string>& command) {
-    std::vector<char*> pointers;
-    pointers.reserve(command.size() + 1);
-    for (const auto& argument : command)
-        pointers.push_back(const_cast<char*>(argument.c_str()));
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 struct rusage requireSuccess(pid_t child, const std::string& name) {
     int status = 0;
     struct rusage usage {};
@@ -91,6 +82,12 @@ double Measure::median(int rounds, const Work& ours) {
     return middle(took);
 }
 
+std::vector<char*> Measure::pointers(const std::vector<std::string>& texts) {
+    std::vector<char*> all(texts.size() + 1);
+    std::ranges::transform(texts, all.begin(), [](const auto& text) { return const_cast<char*>(text.c_str()); });
+    return all;
+}
+
 bool Measure::withinBudgets() {
     return allGood;
 }
@@ -103,7 +100,7 @@ std::string Measure::run(const std::vector<std::string>& command) {
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     pid_t child = 0;
     const int error =
-        posix_spawnp(&child, command[0].c_str(), &actions, nullptr, arguments(command).data(), environ);
+        posix_spawnp(&child, command[0].c_str(), &actions, nullptr, pointers(command).data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
     if (error != 0) fail("no " + command[0]);
@@ -125,7 +122,7 @@ double Measure::peakMemory(const std::vector<std::string>& command) {
     if (child == 0) {
         const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
         dup2(null, STDOUT_FILENO);
-        execvp(command[0].c_str(), arguments(command).data());
+        execvp(command[0].c_str(), pointers(command).data());
         _exit(127);
     }
     return static_cast<double>(requireSuccess(child, command[0]).ru_maxrss) / 1024;

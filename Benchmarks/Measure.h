@@ -29,6 +29,9 @@ double median(int rounds, const Work& ours);
 /// Whether every line so far kept its budget.
 bool withinBudgets();
 
+/// A command or an environment as the system takes it, with a null at its end; valid as long as `texts`.
+std::vector<char*> pointers(const std::vector<std::string>& texts);
+
 /// Standard output of a program that must succeed.
 std::string run(const std::vector<std::string>& command);
 

@@ -10,13 +10,9 @@
 #include <filesystem>
 #include <fstream>
 
-namespace {
+#include "Measure.h"
 
-std::vector<char*> pointers(const std::vector<std::string>& texts) {
-    std::vector<char*> all(texts.size() + 1);
-    std::ranges::transform(texts, all.begin(), [](const auto& text) { return const_cast<char*>(text.c_str()); });
-    return all;
-}
+namespace {
 
 double field(const std::string& file, const std::string& name) {
     std::ifstream stream(file);
@@ -28,8 +24,8 @@ double field(const std::string& file, const std::string& name) {
 }  // namespace
 
 Process::Process(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
-    const auto arguments = pointers(command);
-    const auto variables = pointers(environment);
+    const auto arguments = Measure::pointers(command);
+    const auto variables = Measure::pointers(environment);
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0) return;
     output = ends[0];

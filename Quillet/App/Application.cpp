@@ -13,6 +13,7 @@
 #include <cstdlib>
 
 #include "App/AppDelegate.h"
+#include "Desktop/X11.h"
 
 namespace {
 
@@ -64,7 +65,7 @@ public:
 
     bool notify(QObject* receiver, QEvent* event) override {
         const bool losesFocus = event->type() == QEvent::ApplicationDeactivate;
-        if (losesFocus && activePopupWidget() && platformName() == QLatin1String("xcb")) return true;
+        if (losesFocus && activePopupWidget() && X11::connection()) return true;
         return QApplication::notify(receiver, event);
     }
 };

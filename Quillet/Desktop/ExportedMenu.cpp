@@ -7,6 +7,8 @@
 #include <QDBusVariant>
 #include <algorithm>
 
+#include "Desktop/BusProperties.h"
+
 namespace {
 
 const QString interfaceName = QStringLiteral("com.canonical.dbusmenu");
@@ -262,13 +264,8 @@ bool ExportedMenu::handleMessage(const QDBusMessage& message, const QDBusConnect
     };
     const QVariantMap properties{
         {"Version", 3u}, {"TextDirection", "ltr"}, {"Status", "normal"}, {"IconThemePath", QStringList()}};
-    if (message.member() == "GetAll") return connection.send(message.createReply(properties));
-    if (message.member() == "Get") {
-        const QVariant value = properties.value(message.arguments().value(1).toString());
-        return value.isValid() && connection.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
-    }
     const auto handler = handlers.find(message.member());
-    if (handler == handlers.end()) return false;
+    if (handler == handlers.end()) return answerProperties(message, connection, properties);
     return connection.send(message.createReply((this->*handler->second)(message.arguments())));
 }
 

@@ -5,9 +5,10 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCall>
-#include <QGuiApplication>
-#include <QScreen>
 #include <QtEndian>
+
+#include "Desktop/BusProperties.h"
+#include "Desktop/Screens.h"
 
 namespace {
 
@@ -84,16 +85,6 @@ QString uniqueService() {
     return QStringLiteral("%1-%2-%3").arg(interfaceName).arg(QCoreApplication::applicationPid()).arg(++count);
 }
 
-/// Hosts count in the screens' own pixels.
-QPoint toLogical(QPoint position) {
-    for (const QScreen* screen : QGuiApplication::screens()) {
-        const QPoint corner = screen->geometry().topLeft();
-        const QRect own(corner, screen->geometry().size() * screen->devicePixelRatio());
-        if (own.contains(position)) return corner + (position - corner) / screen->devicePixelRatio();
-    }
-    return position;
-}
-
 }  // namespace
 
 NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host shownBy,
@@ -164,7 +155,7 @@ QVariantMap NotifierItem::properties() const {
 void NotifierItem::activate(QPoint position) {
     if (host.tellsPosition) {
         place = QRect(0, 0, cellSize, cellSize);
-        place->moveCenter(toLogical(position));
+        place->moveCenter(Screens::fromNative(position));
     }
     onActivate(place);
 }
@@ -172,12 +163,8 @@ void NotifierItem::activate(QPoint position) {
 bool NotifierItem::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
     const QString member = message.member();
     const QVariantList arguments = message.arguments();
-    if (member == "GetAll") {
-        connection.send(message.createReply(properties()));
-    } else if (member == "Get") {
-        const QVariant value = properties().value(arguments.value(1).toString());
-        if (!value.isValid()) return false;
-        connection.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
+    if (member == "Get" || member == "GetAll") {
+        return answerProperties(message, connection, properties());
     } else if (member == "Activate" || member == "SecondaryActivate") {
         connection.send(message.createReply());
         activate({arguments.value(0).toInt(), arguments.value(1).toInt()});

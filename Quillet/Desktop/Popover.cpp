@@ -18,10 +18,6 @@ constexpr qint64 settlingTime = 500;  // within which a compositor that places w
 constexpr int focusTime = 300;        // until the last word is heard of the focus of a window that went
 constexpr int edgeReach = 48;         // a tray is never farther from its screen's edge
 
-bool isX11() {
-    return QGuiApplication::platformName() == QLatin1String("xcb");
-}
-
 bool isNearEdge(QPoint point, const QRect& area) {
     return !area.adjusted(edgeReach, edgeReach, -edgeReach, -edgeReach).contains(point);
 }
@@ -90,7 +86,7 @@ void Popover::show(std::optional<QRect> at) {
         return;
     }
     const QPoint pointer = QCursor::pos();
-    anchor = at.value_or(isX11() ? QRect(pointer, QSize(1, 1)) : topRight(Screens::available(pointer)));
+    anchor = at.value_or(X11::connection() ? QRect(pointer, QSize(1, 1)) : topRight(Screens::available(pointer)));
     open();
 }
 
@@ -105,7 +101,7 @@ void Popover::open() {
 
 /// Compositors of the wlroots family put every managed window where they see fit.
 Popover::Form Popover::bestForm() {
-    if (!Screens::areXwayland()) return isX11() ? Form::popup : Form::window;
+    if (!Screens::areXwayland()) return X11::connection() ? Form::popup : Form::window;
     return X11::windowManager() == "wlroots wm" ? Form::caughtPopup : Form::window;
 }
 

@@ -71,6 +71,14 @@ QRect Screens::toToolkit(Rect rect) {
             QSize(qRound(rect.width), qRound(rect.height))};
 }
 
+QPoint Screens::fromNative(QPoint point) {
+    for (const QScreen* const screen : QGuiApplication::screens()) {
+        const QPoint corner = screen->geometry().topLeft();
+        if (native(screen).contains(point)) return corner + (point - corner) / screen->devicePixelRatio();
+    }
+    return point;
+}
+
 bool Screens::contains(Rect rect, Point point) {
     return point.x >= rect.x && point.x < rect.maxX() && point.y >= rect.y && point.y < rect.maxY();
 }
@@ -147,5 +155,5 @@ void Screens::onChange(QObject* receiver, const std::function<void()>& changed) 
 }
 
 bool Screens::areXwayland() {
-    return QGuiApplication::platformName() == QLatin1String("xcb") && qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    return X11::connection() && qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }

@@ -16,6 +16,9 @@ namespace Screens {
 Rect fromToolkit(const QRect& rect);
 QRect toToolkit(Rect rect);
 
+/// A point in the screens' own pixels, in which tray hosts count, in the toolkit's coordinates.
+QPoint fromNative(QPoint point);
+
 /// Whether the point is in the rectangle, minimum edges inside and maximum edges outside.
 bool contains(Rect rect, Point point);
 
