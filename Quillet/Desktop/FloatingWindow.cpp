@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMouseEvent>
+#include <QTimer>
 #include <QWindow>
 #include <array>
 
@@ -13,6 +14,8 @@ namespace {
 
 constexpr auto bare = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                       Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint;
+
+constexpr int pictureDelay = 50;  // milliseconds until a compositor has the picture of a window that grew
 
 bool isWayland() {
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
@@ -64,7 +67,7 @@ QRect FloatingWindow::frame() const {
 
 void FloatingWindow::setFrame(const QRect& frame) {
     if (isWayland()) setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
-    if (!drag || !drag->grown) setGeometry(frame);
+    if (!drag || !drag->within) setGeometry(frame);
     if (content) content->setGeometry(frame.translated(-pos()));
 }
 
@@ -105,9 +108,18 @@ void FloatingWindow::mousePressEvent(QMouseEvent* event) {
     }
     const QRect before = frame();
     drag = Drag{event->globalPosition() - before.topLeft(), false, Screens::areXwayland()};
-    if (!drag->grown) return;
+    if (!drag->within) return;
+    // A compositor takes a new place at once and a new size with the next picture: placed anew before that, the
+    // small window would slip away from under the pointer.
+    resize(Screens::desktop().size());
+    QTimer::singleShot(pictureDelay, this, &FloatingWindow::growOverAllScreens);
+}
+
+void FloatingWindow::growOverAllScreens() {
+    if (!drag || !drag->within) return;
+    const QRect shown = frame();
     setGeometry(Screens::desktop());
-    setFrame(before);
+    setFrame(shown);
 }
 
 void FloatingWindow::mouseMoveEvent(QMouseEvent* event) {

@@ -42,14 +42,15 @@ private:
     struct Drag {
         QPointF grip;  ///< From the bar's top left corner.
         bool moved = false;
-        /// The window covers all screens and the bar moves within: under Xwayland some compositors lose the
+        /// The window grows over all screens and the bar moves within: under Xwayland some compositors lose the
         /// pointer when the window itself moves beneath it.
-        bool grown = false;
+        bool within = false;
     };
 
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
     QRect frame() const;  ///< Of the bar itself, in the toolkit's coordinates.
     void setFrame(const QRect& frame);
+    void growOverAllScreens();
     void endDrag();
 
     const QPointer<QWidget> content;
