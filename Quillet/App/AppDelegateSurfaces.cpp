@@ -77,15 +77,13 @@ void AppDelegate::setUpStatusItem() {
 
 void AppDelegate::updateStatusItem() {
     if (!statusItem) return;
-    const auto providers = enabledProviders();
-    StatusContent content;
-    for (const double scale : {1.0, 2.0}) {
-        content.wide.push_back(StatusSummary::renderForTray(snapshots, providers, scale));
-        content.square.push_back(StatusSummary::renderSquare(snapshots, providers, scale));
-    }
-    content.toolTip = toolTip();
-    content.menu = contextMenu();
-    statusItem->setContent(std::move(content));
+    const auto drawnBy = [this](auto draw) -> StatusContent::Picture {
+        return [draw, known = snapshots, providers = enabledProviders()](double scale) {
+            return draw(known, providers, scale);
+        };
+    };
+    statusItem->setContent(
+        {drawnBy(StatusSummary::renderForTray), drawnBy(StatusSummary::renderSquare), toolTip(), contextMenu()});
 }
 
 /// The text report's lines, without its banner.

@@ -4,7 +4,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
-#include <algorithm>
 
 #include "Desktop/Canvas.h"
 #include "Desktop/Screens.h"
@@ -47,8 +46,9 @@ void CornerItem::followPrimaryScreen() {
 
 void CornerItem::place() {
     const QScreen* screen = QGuiApplication::primaryScreen();
-    if (content.wide.empty() || !screen) return hide();
-    const int width = static_cast<int>(pointSize(content.wide.front()).width + 2 * look.sidePadding);
+    if (!content.wide || !screen) return hide();
+    picture = content.wide(screen->devicePixelRatio());
+    const int width = static_cast<int>(pointSize(picture).width + 2 * look.sidePadding);
     const QRect available = Screens::available(screen);
     setFixedSize(width, int(look.height));  // tiling compositors leave a window of fixed size afloat
     move(available.x() + available.width() - width, available.y());
@@ -63,19 +63,12 @@ void CornerItem::setContent(const StatusContent& newContent) {
     update();
 }
 
-/// The coarsest that is as fine as the screen.
-const QImage& CornerItem::picture() const {
-    const auto fine = [this](const QImage& image) { return image.devicePixelRatio() >= devicePixelRatioF(); };
-    const auto found = std::ranges::find_if(content.wide, fine);
-    return found == content.wide.end() ? content.wide.back() : *found;
-}
-
 void CornerItem::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     Canvas canvas(painter, height());
     const Rect bounds{0, 0, double(width()), double(height())};
     canvas.fillRounded(bounds, look.cornerRadius, look.background);
-    canvas.draw(picture(), Rect::centred(bounds.center(), pointSize(picture())));
+    canvas.draw(picture, Rect::centred(bounds.center(), pointSize(picture)));
 }
 
 void CornerItem::resizeEvent(QResizeEvent*) {

@@ -20,10 +20,10 @@ private:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void followPrimaryScreen();
     void place();
-    const QImage& picture() const;
 
     const StatusItem::Activate onActivate;
     StatusContent content;
+    QImage picture;
     ContextMenu menu;
     QMetaObject::Connection screenChange;
 };

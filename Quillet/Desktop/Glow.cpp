@@ -2,11 +2,11 @@
 // tile, whose middle column is stretched, and costs the same whatever the bar's length.
 #include "Desktop/Glow.h"
 
+#include <QCache>
 #include <QImage>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <numeric>
 #include <vector>
 
@@ -117,8 +117,13 @@ struct Tile {
     int reach;  // of the blur
     double red, green, blue, alpha;
 
-    auto operator<=>(const Tile&) const = default;  // NOLINT: the checker takes its 0 for a pointer
+    bool operator==(const Tile&) const = default;
 };
+
+std::size_t qHash(const Tile& tile, std::size_t seed) {
+    return qHashMulti(seed, tile.width, tile.height, tile.x, tile.y, tile.shapeWidth, tile.shapeHeight,
+                      tile.cornerRadius, tile.deviation, tile.red, tile.green, tile.blue, tile.alpha);
+}
 
 QImage blurred(const Tile& tile) {
     const QRectF shape(tile.x, tile.y, tile.shapeWidth, tile.shapeHeight);
@@ -129,14 +134,21 @@ QImage blurred(const Tile& tile) {
     return colored(blurredColumns(blurredRows(alpha, kernel, lit), kernel, lit), color);
 }
 
+/// With its edges at quarters of a pixel: no blur shows the difference, and refreshes share more tiles.
+QRectF atQuarters(const QRectF& rect) {
+    const auto nearest = [](double edge) { return std::round(edge * 4) / 4; };
+    return {QPointF(nearest(rect.left()), nearest(rect.top())),
+            QPointF(nearest(rect.right()), nearest(rect.bottom()))};
+}
+
 /// Refreshes draw mostly the same tiles again. For the main thread, as all drawing.
-const QImage& cached(const Tile& tile) {
-    constexpr std::size_t most = 200;
-    static std::map<Tile, QImage> tiles;
-    if (tiles.size() > most) tiles.clear();
-    const auto [found, isNew] = tiles.try_emplace(tile);
-    if (isNew) found->second = blurred(tile);
-    return found->second;
+QImage cached(const Tile& tile) {
+    constexpr int mostBytes = 1 << 20;
+    static QCache<Tile, QImage> tiles(mostBytes);
+    if (const QImage* const known = tiles.object(tile)) return *known;
+    QImage image = blurred(tile);
+    tiles.insert(tile, new QImage(image), image.sizeInBytes());
+    return image;
 }
 
 }  // namespace
@@ -145,7 +157,7 @@ void Glow::paint(QPainter& painter, const QRectF& shape, double cornerRadius) co
     const QTransform toDevice = painter.deviceTransform();
     const double scale = toDevice.m11();
     const double deviation = blurRadius / 2 * scale;
-    const QRectF device = toDevice.mapRect(shape);
+    const QRectF device = atQuarters(toDevice.mapRect(shape));
     if (!(deviation > 0) || device.isEmpty()) return;
 
     const int reach = static_cast<int>(std::ceil(3 * deviation));
@@ -154,7 +166,7 @@ void Glow::paint(QPainter& painter, const QRectF& shape, double cornerRadius) co
     const int cap = 2 * reach + static_cast<int>(std::ceil(cornerRadius * scale)) + 1;
     const int removed = std::max(0, box.width() - 2 * cap - 1);
     const QRectF inTile = device.translated(-box.topLeft()).adjusted(0, 0, -removed, 0);
-    const QImage& tile =
+    const QImage tile =
         cached({box.width() - removed, box.height(), inTile.x(), inTile.y(), inTile.width(), inTile.height(),
                 cornerRadius * scale, deviation, reach, color.red, color.green, color.blue, color.alpha});
 

@@ -110,11 +110,11 @@ NotifierItem::~NotifierItem() {
 /// Registers with the first picture, since not every host asks again for one that was missing.
 void NotifierItem::setContent(const StatusContent& content) {
     menu.setItems(content.menu);
-    auto& shape = host.showsWide ? content.wide : content.square;
-    if (std::exchange(images, shape) != shape) announce("NewIcon");
+    const auto pictures = StatusContent::sizes(host.showsWide ? content.wide : content.square);
+    if (std::exchange(images, pictures) != pictures) announce("NewIcon");
     const QString text = QString::fromStdString(content.toolTip);
     if (std::exchange(toolTip, text) != text) announce("NewToolTip");
-    if (std::exchange(registered, !images.empty()) || images.empty()) return;
+    if (std::exchange(registered, true)) return;
     auto message = QDBusMessage::createMethodCall(host.watcher, "/StatusNotifierWatcher",
                                                   "org.kde.StatusNotifierWatcher", "RegisterStatusNotifierItem");
     bus.asyncCall(message << service);

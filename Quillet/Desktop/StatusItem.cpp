@@ -31,7 +31,7 @@ struct StatusItem::State : QAbstractNativeEventFilter {
 
     const Activate onActivate;
     std::function<void()> onPlaceChange;
-    StatusContent content;
+    std::optional<StatusContent> content;
     std::unique_ptr<Form> form;
     bool notified = true;  ///< Also until the first answer.
     QTimer embedding;
@@ -54,7 +54,7 @@ template <typename NewForm, typename... Arguments>
 void StatusItem::State::take(Arguments&&... arguments) {
     form.reset();  // never two items at once
     form = std::make_unique<NewForm>(std::forward<Arguments>(arguments)..., onActivate);
-    form->setContent(content);
+    if (content) form->setContent(*content);
     tell();
 }
 
@@ -100,7 +100,7 @@ StatusItem::~StatusItem() = default;
 
 void StatusItem::setContent(StatusContent content) {
     state->content = std::move(content);
-    if (state->form) state->form->setContent(state->content);
+    if (state->form) state->form->setContent(*state->content);
 }
 
 void StatusItem::setOnPlaceChange(std::function<void()> onPlaceChange) {

@@ -10,12 +10,17 @@
 
 #include "Desktop/MenuItem.h"
 
-/// What a status item shows, in all the shapes that a host may ask for. A host gets one shape, never both.
+/// What a status item shows. A host gets one of the shapes, never both, and only that one is drawn.
 struct StatusContent {
-    std::vector<QImage> wide;    ///< 22 points high, at 1 and 2 pixels per point.
-    std::vector<QImage> square;  ///< 22 by 22 points, at 1 and 2 pixels per point.
-    std::string toolTip;         ///< Lines.
+    using Picture = std::function<QImage(double scale)>;  ///< At so many pixels per point.
+
+    Picture wide;         ///< 22 points high.
+    Picture square;       ///< 22 by 22 points.
+    std::string toolTip;  ///< Lines.
     MenuItems menu;
+
+    /// In the sizes that trays choose from: at 1 and 2 pixels per point.
+    static std::vector<QImage> sizes(const Picture& picture) { return {picture(1), picture(2)}; }
 };
 
 /// The application's place in the desktop's tray, in the form that the desktop has a host for: a StatusNotifier

@@ -1,5 +1,6 @@
 #include "Desktop/TextLine.h"
 
+#include <QCache>
 #include <QPainter>
 #include <QTextLayout>
 
@@ -17,21 +18,35 @@ QString singleLine(const std::string& text) {
     return line;
 }
 
-}  // namespace
+using Layout = std::shared_ptr<const QTextLayout>;
 
-TextLine::TextLine(const std::string& text, const TextStyle& style) {
-    const QString line = singleLine(text);
-    layout = std::make_unique<QTextLayout>(style.tabularDigits ? Fonts::withTabularDigits(line) : line,
-                                           Fonts::font(style));
+Layout laidOut(const QString& line, const QFont& font) {
+    const auto layout = std::make_shared<QTextLayout>(line, font);
     layout->setCacheEnabled(true);
     layout->beginLayout();
     layout->createLine().setNumColumns(static_cast<int>(line.size()));
     layout->endLayout();
+    return layout;
 }
 
-TextLine::~TextLine() = default;
-TextLine::TextLine(TextLine&&) noexcept = default;
-TextLine& TextLine::operator=(TextLine&&) noexcept = default;
+/// Refreshes draw mostly the same lines again. For the main thread, as all drawing.
+Layout cached(const QString& line, const QFont& font) {
+    constexpr int mostCharacters = 4096;
+    // Never destroyed: at the program's end the application object is gone, and its font engines with it.
+    static auto& lines = *new QCache<std::pair<QString, QFont>, Layout>(mostCharacters);
+    const std::pair key(line, font);
+    if (const Layout* const known = lines.object(key)) return *known;
+    Layout layout = laidOut(line, font);
+    lines.insert(key, new Layout(layout), 1 + line.size());
+    return layout;
+}
+
+}  // namespace
+
+TextLine::TextLine(const std::string& text, const TextStyle& style) {
+    const QString line = singleLine(text);
+    layout = cached(style.tabularDigits ? Fonts::withTabularDigits(line) : line, Fonts::font(style));
+}
 
 double TextLine::width() const {
     return layout->lineAt(0).horizontalAdvance() / Fonts::enlargement;

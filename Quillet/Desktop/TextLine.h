@@ -22,9 +22,6 @@ struct TextStyle {
 class TextLine {
 public:
     TextLine(const std::string& text, const TextStyle& style);
-    ~TextLine();
-    TextLine(TextLine&&) noexcept;
-    TextLine& operator=(TextLine&&) noexcept;
 
     double width() const;   ///< Points.
     double height() const;  ///< Points, of the line box: ascent and descent.
@@ -32,5 +29,5 @@ public:
     void draw(QPainter& painter, double x, double top) const;  ///< In the painter's coordinates and pen.
 
 private:
-    std::unique_ptr<QTextLayout> layout;
+    std::shared_ptr<const QTextLayout> layout;
 };

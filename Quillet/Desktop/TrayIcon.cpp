@@ -24,11 +24,11 @@ bool TrayIcon::hasHost() {
 void TrayIcon::setContent(const StatusContent& content) {
     items = content.menu;
     QIcon picture;
-    for (const QImage& image : content.square)
+    for (const QImage& image : StatusContent::sizes(content.square))
         picture.addPixmap(QPixmap::fromImage(image));
     icon.setIcon(picture);
     icon.setToolTip(QString::fromStdString(content.toolTip));
-    icon.setVisible(!picture.isNull());
+    icon.show();
 }
 
 std::optional<QRect> TrayIcon::geometry() const {

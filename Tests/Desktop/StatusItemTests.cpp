@@ -99,12 +99,14 @@ struct Host : QDBusVirtualObject {
 };
 
 StatusContent content(QColor color, MenuItems menu = {}) {
-    const auto image = [color](int width, int height) {
-        QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
-        image.fill(color);
-        return image;
+    const auto filled = [color](int width) {
+        return [color, width](double scale) {
+            QImage image(static_cast<int>(width * scale), static_cast<int>(22 * scale), QImage::Format_ARGB32);
+            image.fill(color);
+            return image;
+        };
     };
-    return {{image(90, 22), image(180, 44)}, {image(22, 22), image(44, 44)}, "Claude 42 %", std::move(menu)};
+    return {filled(90), filled(22), "Claude 42 %", std::move(menu)};
 }
 
 TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
