@@ -20,6 +20,7 @@ namespace {
 using Command = std::vector<std::string>;
 
 constexpr int starts = 15;
+constexpr int thousands = 3;                         // of refreshes
 constexpr auto settling = std::chrono::seconds(35);  // until the start has come to rest
 constexpr auto idleTime = std::chrono::minutes(1);
 constexpr double noise = 2;  // switches in that time
@@ -113,8 +114,12 @@ void Desktop::run(const HTTPSServer& server, bool verbose) {
 }
 
 void Desktop::refresh(bool verbose) {
-    const std::string output = Measure::run({"env", "HOME=" + TemporaryHome::beside("refresh"), REFRESH});
-    Measure::compare("a refresh holds the main thread, 99 of 100 times, limit 8 ms",
-                     std::strtod(output.c_str(), nullptr), 8, "ms ", 1);
-    if (verbose) std::fputs(output.c_str(), stdout);
+    const auto held = [verbose] {
+        const std::string output = Measure::run({"env", "HOME=" + TemporaryHome::beside("refresh"), REFRESH});
+        if (verbose) std::fputs(output.c_str(), stdout);
+        return std::strtod(output.c_str(), nullptr);
+    };
+    Measure::compareFigures(
+        "a refresh holds the main thread, 99 of 100 times, limit 8 ms", thousands, held, [] { return 8.0; }, "ms ",
+        1);
 }

@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
+#include <cmath>
 
 #include "Desktop/Canvas.h"
 #include "Desktop/Screens.h"
@@ -47,7 +48,7 @@ void CornerItem::followPrimaryScreen() {
 void CornerItem::place() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (!content.wide || !screen) return hide();
-    picture = content.wide(screen->devicePixelRatio());
+    picture = content.wide(std::ceil(screen->devicePixelRatio()));  // scaled down once, not placed between pixels
     const int width = static_cast<int>(pointSize(picture).width + 2 * look.sidePadding);
     const QRect available = Screens::available(screen);
     setFixedSize(width, int(look.height));  // tiling compositors leave a window of fixed size afloat

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMouseEvent>
-#include <QTimer>
 #include <QWindow>
 #include <array>
 
@@ -51,6 +50,12 @@ FloatingWindow::FloatingWindow(QWidget* shown, double radius)
     content->move(0, 0);
     content->show();
     setFrame(content->geometry());
+    placing.setSingleShot(true);
+    placing.setInterval(pictureDelay);
+    placing.callOnTimeout([this] {
+        setGeometry(Screens::desktop());
+        setFrame(frame());
+    });
     if (X11::connection()) qApp->installNativeEventFilter(this);
     Screens::onChange(this, [this] {
         if (onScreensChanged) onScreensChanged();
@@ -61,12 +66,9 @@ FloatingWindow::~FloatingWindow() {
     if (content) content->setParent(nullptr);
 }
 
-QRect FloatingWindow::frame() const {
-    return content ? content->geometry().translated(pos()) : geometry();
-}
-
 void FloatingWindow::setFrame(const QRect& frame) {
     if (isWayland()) setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
+    if (drag) drag->frame = frame;
     if (!drag || !drag->within) setGeometry(frame);
     if (content) content->setGeometry(frame.translated(-pos()));
 }
@@ -107,19 +109,12 @@ void FloatingWindow::mousePressEvent(QMouseEvent* event) {
         return;
     }
     const QRect before = frame();
-    drag = Drag{event->globalPosition() - before.topLeft(), false, Screens::areXwayland()};
+    drag = Drag{event->globalPosition() - before.topLeft(), before, false, Screens::areXwayland()};
     if (!drag->within) return;
     // A compositor takes a new place at once and a new size with the next picture: placed anew before that, the
     // small window would slip away from under the pointer.
     resize(Screens::desktop().size());
-    QTimer::singleShot(pictureDelay, this, &FloatingWindow::growOverAllScreens);
-}
-
-void FloatingWindow::growOverAllScreens() {
-    if (!drag || !drag->within) return;
-    const QRect shown = frame();
-    setGeometry(Screens::desktop());
-    setFrame(shown);
+    placing.start();
 }
 
 void FloatingWindow::mouseMoveEvent(QMouseEvent* event) {
@@ -137,6 +132,7 @@ void FloatingWindow::endDrag() {
     if (!drag) return;
     const QRect dropped = frame();
     const bool moved = drag->moved;
+    placing.stop();
     drag.reset();
     setFrame(dropped);
     if (moved && onMoved) onMoved();

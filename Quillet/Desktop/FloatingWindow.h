@@ -2,6 +2,7 @@
 
 #include <QAbstractNativeEventFilter>
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <optional>
@@ -30,6 +31,9 @@ public:
     void setGivesWay(bool givesWay);
     void setVisible(bool visible) override;
 
+    /// Of the bar itself, in the toolkit's coordinates; while it is dragged the window may be larger.
+    QRect frame() const { return drag ? drag->frame : geometry(); }
+
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -41,6 +45,7 @@ protected:
 private:
     struct Drag {
         QPointF grip;  ///< From the bar's top left corner.
+        QRect frame;
         bool moved = false;
         /// The window grows over all screens and the bar moves within: under Xwayland some compositors lose the
         /// pointer when the window itself moves beneath it.
@@ -48,14 +53,13 @@ private:
     };
 
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
-    QRect frame() const;  ///< Of the bar itself, in the toolkit's coordinates.
     void setFrame(const QRect& frame);
-    void growOverAllScreens();
     void endDrag();
 
     const QPointer<QWidget> content;
     const double cornerRadius;
     std::optional<Drag> drag;
+    QTimer placing;  ///< Anew, after the window grew.
     bool wanted = false;
     bool givingWay = false;
 };

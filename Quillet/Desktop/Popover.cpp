@@ -141,7 +141,7 @@ void Popover::setBarsGiveWay(bool giveWay) const {
     const bool covered = giveWay && form == Form::window && Screens::areXwayland();
     for (QWidget* const window : QApplication::topLevelWidgets()) {
         auto* const bar = dynamic_cast<FloatingWindow*>(window);
-        if (bar) bar->setGivesWay(covered && bar->geometry().intersects(geometry()));
+        if (bar) bar->setGivesWay(covered && bar->frame().intersects(geometry()));
     }
 }
 

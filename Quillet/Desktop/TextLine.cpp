@@ -9,7 +9,9 @@
 namespace {
 
 QString singleLine(const std::string& text) {
-    QString line = QString::fromStdString(text);
+    constexpr int longest =
+        1000;  // characters; more fit no screen, and laying out a log's worth of them takes seconds
+    QString line = QString::fromStdString(text).left(longest);
     for (QChar& c : line) {
         if (c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator) {
             c = u' ';
@@ -31,13 +33,14 @@ Layout laidOut(const QString& line, const QFont& font) {
 
 /// Refreshes draw mostly the same lines again. For the main thread, as all drawing.
 Layout cached(const QString& line, const QFont& font) {
-    constexpr int mostCharacters = 4096;
+    constexpr int most = 8192;  // characters, with as many as a line's fixed size is worth
+    constexpr int fixed = 32;
     // Never destroyed: at the program's end the application object is gone, and its font engines with it.
-    static auto& lines = *new QCache<std::pair<QString, QFont>, Layout>(mostCharacters);
+    static auto& lines = *new QCache<std::pair<QString, QFont>, Layout>(most);
     const std::pair key(line, font);
     if (const Layout* const known = lines.object(key)) return *known;
     Layout layout = laidOut(line, font);
-    lines.insert(key, new Layout(layout), 1 + line.size());
+    lines.insert(key, new Layout(layout), fixed + line.size());
     return layout;
 }
 

@@ -50,7 +50,7 @@ void ModelTag::draw(Canvas& canvas, const TagStyle& style, Point origin) const {
     canvas.strokeRounded(rect, style.radius, base.withAlpha(style.lineAlpha), lineWidth);
     const Point start{rect.x + style.padding, rect.midY() - line.height() / 2 + textRise};
     const Color color = base.lightened(lightening);
-    if (rect.width < natural) {
+    if (style.longest) {
         canvas.drawClipped(line, start, color, rect, style.radius);
     } else {
         canvas.draw(line, start, color);
