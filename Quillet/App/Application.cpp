@@ -106,7 +106,8 @@ void Application::run() {
         return;
     }
     const int signalDescriptor = openSignals();
-    mallopt(M_ARENA_MAX, 2);  // each pass is a thread, which would get a heap of its own
+    mallopt(M_ARENA_MAX, 2);                // each pass is a thread, which would get a heap of its own
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);  // the allocator's own start, which it would raise with each picture
     choosePlatform();
     qInstallMessageHandler(handleMessage);
 
