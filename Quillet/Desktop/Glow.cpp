@@ -143,7 +143,7 @@ QRectF atQuarters(const QRectF& rect) {
 
 /// Refreshes draw mostly the same tiles again. For the main thread, as all drawing.
 QImage cached(const Tile& tile) {
-    constexpr int mostBytes = 1 << 20;
+    constexpr int mostBytes = 512 * 1024;
     static QCache<Tile, QImage> tiles(mostBytes);
     if (const QImage* const known = tiles.object(tile)) return *known;
     QImage image = blurred(tile);

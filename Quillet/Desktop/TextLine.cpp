@@ -33,7 +33,7 @@ Layout laidOut(const QString& line, const QFont& font) {
 
 /// Refreshes draw mostly the same lines again. For the main thread, as all drawing.
 Layout cached(const QString& line, const QFont& font) {
-    constexpr int most = 8192;  // characters, with as many as a line's fixed size is worth
+    constexpr int most = 5000;  // characters, with as many as a line's fixed size is worth
     constexpr int fixed = 32;
     // Never destroyed: at the program's end the application object is gone, and its font engines with it.
     static auto& lines = *new QCache<std::pair<QString, QFont>, Layout>(most);

@@ -220,8 +220,8 @@ TEST_F(Application, ThePassThatEndsLastIsShown) {
     probe.delegate.setProviderVisible(Provider::codex, false);
     probe.delegate.setProviderVisible(Provider::gemini, false);
     probe.delegate.setProviderVisible(Provider::opencode, false);
+    EXPECT_EQ(probe.panelHeight(), 212) << "before the pass ends";
     probe.apply({"Claude"}, 10);
-    EXPECT_EQ(probe.panelHeight(), 212);
     EXPECT_EQ(probe.barSize(), QSize(256, 38));
 }
 

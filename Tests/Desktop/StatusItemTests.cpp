@@ -138,15 +138,22 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
         host.bus.unregisterService("org.kde.StatusNotifierWatcher");
     }
     host.start("waybar");
-    QTimer announced;
-    host.bus.connect(host.item, "/StatusNotifierItem", "org.kde.StatusNotifierItem", "NewIcon", &announced,
-                     SLOT(start()));
+    QTimer newIcon, newToolTip;
+    const auto watch = [&host](const char* change, QTimer& announced) {
+        host.bus.connect(host.item, "/StatusNotifierItem", "org.kde.StatusNotifierItem", change, &announced,
+                         SLOT(start()));
+    };
+    watch("NewIcon", newIcon);
+    watch("NewToolTip", newToolTip);
     item.setContent(content(QColor(1, 2, 3)));
     host.pictures();
-    EXPECT_FALSE(announced.isActive()) << "the same picture";
-    item.setContent(content(Qt::white));
+    EXPECT_FALSE(newIcon.isActive() || newToolTip.isActive()) << "the same as before";
+    auto changed = content(Qt::white);
+    changed.square = [](double) { return ADD_FAILURE() << "drawn for nobody", QImage(); };
+    changed.toolTip = "Claude 43 %";
+    item.setContent(changed);
     EXPECT_EQ(host.pictures()[0].second, "\xff\xff\xff\xff");
-    EXPECT_TRUE(announced.isActive());
+    EXPECT_TRUE(newIcon.isActive() && newToolTip.isActive());
 }
 
 TEST(StatusItem, StandsByItselfWithoutASessionBus) {
