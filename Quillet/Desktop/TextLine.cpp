@@ -1,6 +1,7 @@
 #include "Desktop/TextLine.h"
 
 #include <QCache>
+#include <QCoreApplication>
 #include <QPainter>
 #include <QTextLayout>
 
@@ -31,16 +32,24 @@ Layout laidOut(const QString& line, const QFont& font) {
     return layout;
 }
 
+using Lines = QCache<std::pair<QString, QFont>, Layout>;
+
 /// Refreshes draw mostly the same lines again. For the main thread, as all drawing.
-Layout cached(const QString& line, const QFont& font) {
+Lines& kept() {
     constexpr int most = 5000;  // characters, with as many as a line's fixed size is worth
+    static Lines lines(most);
+    // Their font engines must not outlive the application object.
+    static const bool endsInTime = (qAddPostRoutine([] { kept().clear(); }), true);
+    Q_UNUSED(endsInTime);
+    return lines;
+}
+
+Layout cached(const QString& line, const QFont& font) {
     constexpr int fixed = 32;
-    // Never destroyed: at the program's end the application object is gone, and its font engines with it.
-    static auto& lines = *new QCache<std::pair<QString, QFont>, Layout>(most);
     const std::pair key(line, font);
-    if (const Layout* const known = lines.object(key)) return *known;
+    if (const Layout* const known = kept().object(key)) return *known;
     Layout layout = laidOut(line, font);
-    lines.insert(key, new Layout(layout), fixed + line.size());
+    kept().insert(key, new Layout(layout), fixed + line.size());
     return layout;
 }
 
