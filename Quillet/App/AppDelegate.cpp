@@ -77,11 +77,11 @@ void AppDelegate::apply(Snapshots results) {
     touchStrip.update(entries);
     floatingStrip.update(entries);
     if (floatingWindow) {
-        const QSize before = floatingWindow->size();
+        const QSize before = floatingWindow->frame().size();
         sizeFloatingWindow();
         // At the top right it would else grow over the screen's edge. As it is, it stays even with its corner
         // dragged beyond an edge.
-        if (floatingWindow->size() != before) positionFloatingWindow();
+        if (floatingWindow->frame().size() != before) positionFloatingWindow();
     }
     updateTrayGlyph();
     panelView.update(panelEntries());

@@ -77,10 +77,8 @@ void AppDelegate::setUpStatusItem() {
 
 void AppDelegate::updateStatusItem() {
     if (!statusItem) return;
-    const auto drawnBy = [this](auto draw) -> StatusContent::Picture {
-        return [draw, known = snapshots, providers = enabledProviders()](double scale) {
-            return draw(known, providers, scale);
-        };
+    const auto drawnBy = [known = snapshots, providers = enabledProviders()](auto draw) -> StatusContent::Picture {
+        return [=](double scale) { return draw(known, providers, scale); };
     };
     statusItem->setContent(
         {drawnBy(StatusSummary::renderForTray), drawnBy(StatusSummary::renderSquare), toolTip(), contextMenu()});
@@ -124,7 +122,7 @@ void AppDelegate::showFloatingWindow() {
 void AppDelegate::sizeFloatingWindow() {
     const double width = std::max(floatingStrip.measuredWidth(), bar.leastStrip);
     const QSize size(static_cast<int>(width + 2 * bar.strip.x), static_cast<int>(bar.height));
-    if (floatingWindow->size() != size) floatingWindow->resizeKeepingOrigin(size);
+    if (floatingWindow->frame().size() != size) floatingWindow->resizeKeepingOrigin(size);
     floatingStrip.setGeometry(static_cast<int>(bar.strip.x), static_cast<int>(bar.strip.y),
                               static_cast<int>(width), static_cast<int>(bar.strip.height));
 }
@@ -142,8 +140,8 @@ void AppDelegate::positionFloatingWindow() {
     const double itemBottom = item ? Screens::fromToolkit(*item).y : visible->maxY();
     const bool itemIsAtTop = itemBottom > visible->maxY() - bar.height && itemBottom < visible->maxY();
     const double top = itemIsAtTop ? itemBottom : visible->maxY();
-    floatingWindow->setOrigin(
-        {visible->maxX() - floatingWindow->width() - bar.right, top - floatingWindow->height() - bar.top});
+    floatingWindow->setOrigin({visible->maxX() - floatingWindow->frame().width() - bar.right,
+                               top - floatingWindow->frame().height() - bar.top});
 }
 
 void AppDelegate::windowDidMove() const {
