@@ -8,18 +8,22 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QSocketNotifier>
+#include <QTimer>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
 #include "App/AppDelegate.h"
 #include "Desktop/X11.h"
+#include "Platform/LoadedCode.h"
 
 namespace {
 
 constexpr const char* applicationID = "com.zendrik.Quillet";  // also the desktop entry's and the icon's name
 constexpr const char* objectPath = "/com/zendrik/Quillet";
 constexpr const char* showPanel = "ShowPanel";
+constexpr std::chrono::seconds restsAfter(30);
 constexpr const char* noDisplay = "quillet: there is no display to run on\n";
 
 bool isSet(const char* variable) {
@@ -56,18 +60,31 @@ int openSignals() {
     return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
-/// The toolkit closes every popup when it hears that the program has lost the focus, of which it hears late: a
-/// click soon after another popup closed would seem to do nothing. On X11 a popup has the pointer and the keyboard
-/// to itself and needs no such help.
 class GUIApplication : public QApplication {
 public:
-    using QApplication::QApplication;
+    GUIApplication(int& count, char** arguments) : QApplication(count, arguments) {
+        untilRest.setSingleShot(true);
+        untilRest.callOnTimeout(LoadedCode::release);
+        untilRest.start(restsAfter);
+    }
 
     bool notify(QObject* receiver, QEvent* event) override {
-        const bool losesFocus = event->type() == QEvent::ApplicationDeactivate;
-        if (losesFocus && activePopupWidget() && X11::connection()) return true;
+        if (isStale(*event)) return true;
+        if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::KeyPress)
+            untilRest.start(restsAfter);
         return QApplication::notify(receiver, event);
     }
+
+private:
+    /// The toolkit closes every popup when it hears that the program has lost the focus, of which it hears late: a
+    /// click soon after another popup closed would seem to do nothing. On X11 a popup has the pointer and the
+    /// keyboard to itself and needs no such help.
+    static bool isStale(const QEvent& event) {
+        return event.type() == QEvent::ApplicationDeactivate && activePopupWidget() && X11::connection();
+    }
+
+    // Refreshes alone run less than half of the code that the start and the user's clicks do.
+    QTimer untilRest;
 };
 
 /// The session's door to the running application, for a second start to knock at.

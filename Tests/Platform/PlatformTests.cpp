@@ -1,9 +1,48 @@
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sys/mman.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <cstdint>
+#include <fstream>
 
 #include "Platform/Clock.h"
 #include "Platform/HomeDirectory.h"
+#include "Platform/LoadedCode.h"
+
+namespace {
+
+/// KiB of files, the program's and its libraries' among them, that the process has in memory.
+long residentFiles() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("RssFile:")) return std::stol(line.substr(8));
+    return 0;
+}
+
+constexpr char breakpoint = '\xCC';
+
+/// Writes one over the first byte of residentFiles, as a debugger does, and returns its address.
+volatile char* setBreakpoint() {
+    auto* code = reinterpret_cast<char*>(&residentFiles);
+    const long size = sysconf(_SC_PAGESIZE);
+    char* page = code - reinterpret_cast<std::uintptr_t>(code) % size;
+    EXPECT_EQ(mprotect(page, size, PROT_READ | PROT_WRITE | PROT_EXEC), 0);
+    *code = breakpoint;
+    mprotect(page, size, PROT_READ | PROT_EXEC);
+    return code;
+}
+
+bool inAnotherProcess(bool (*holds)()) {
+    const pid_t process = fork();
+    if (process == 0) _exit(holds() ? EXIT_SUCCESS : EXIT_FAILURE);
+    int status = EXIT_FAILURE;
+    return waitpid(process, &status, 0) == process && status == EXIT_SUCCESS;
+}
+
+}  // namespace
 
 TEST(HomeDirectory, ARelativeOrEmptyHomeIsReplacedByThePasswordDatabase) {
     const passwd* user = getpwuid(getuid());
@@ -30,4 +69,24 @@ TEST(Clock, ADayStartsAtItsFirstMomentAlsoWhereMidnightIsSkippedOrRepeated) {
         tzset();
         EXPECT_EQ(Clock::startOfDay(instant), start) << zone << ", " << instant - start << " s into the day";
     }
+}
+
+TEST(LoadedCode, LeavesMemory) {
+    const long before = residentFiles();
+    LoadedCode::release();
+    EXPECT_LT(residentFiles(), before * 2 / 3);
+}
+
+TEST(LoadedCode, KeepsADebuggersBreakpoints) {
+    EXPECT_TRUE(inAnotherProcess([] {
+        ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        volatile char* code = setBreakpoint();
+        LoadedCode::release();
+        return *code == breakpoint;
+    }));
+    EXPECT_TRUE(inAnotherProcess([] {
+        volatile char* code = setBreakpoint();
+        LoadedCode::release();
+        return *code != breakpoint;
+    })) << "nobody traces it, and yet nothing was released";
 }
