@@ -3,11 +3,40 @@
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
+#include <functional>
+
+#include "Desktop/Kept.h"
 
 namespace {
 
 QColor toolkitColor(Color color) {
     return QColor::fromRgbF(float(color.red), float(color.green), float(color.blue), float(color.alpha));
+}
+
+/// All that the pixels of a filled and stroked shape depend on.
+struct Outlined {
+    QRectF shape;  // on a grid of whole pixels that starts near it
+    double cornerRadius;
+    Color filling;
+    Color line;
+    double lineWidth;
+    double scale;
+
+    bool operator==(const Outlined&) const = default;
+};
+
+std::size_t qHash(const Outlined& outlined, std::size_t seed) {
+    const QRectF& shape = outlined.shape;
+    return qHashMulti(seed, shape.x(), shape.y(), shape.width(), shape.height(), outlined.line.red,
+                      outlined.line.green, outlined.line.blue);
+}
+
+/// Onto the device's pixels, one to one, with the image's top-left corner at `corner`.
+void putPixels(QPainter& painter, QPoint corner, const QImage& image) {
+    painter.save();
+    painter.setTransform(painter.deviceTransform().inverted(), true);
+    painter.drawImage(corner, image);
+    painter.restore();
 }
 
 }  // namespace
@@ -41,6 +70,33 @@ void Canvas::strokeRounded(Rect rect, double radius, Color color, double lineWid
     painter.setPen(QPen(toolkitColor(color), lineWidth));
     painter.drawRoundedRect(toolkitRect(rect), radius, radius);
     painter.setPen(Qt::NoPen);
+}
+
+// The toolkit takes tens of microseconds for an outline, and sometimes a thread: hence the kept image.
+void Canvas::fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line, double lineWidth) {
+    constexpr int mostBytes = 512 * 1024;
+    static QCache<Outlined, QImage> cache(mostBytes);
+
+    const QTransform toDevice = painter.deviceTransform();
+    const QRect box = toDevice.mapRect(toolkitRect(rect.inset(-lineWidth))).toAlignedRect();
+    const QTransform toBox = toDevice * QTransform::fromTranslate(-box.x(), -box.y());
+    const auto drawOn = [&](Canvas& canvas) {
+        canvas.fillRounded(rect, radius, filling);
+        canvas.strokeRounded(rect, radius, line, lineWidth);
+    };
+    if (box.isEmpty() || box.width() > mostBytes / 4 / box.height()) return drawOn(*this);
+
+    const auto newImage = [&] {
+        QImage image(box.size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        QPainter imagePainter(&image);
+        imagePainter.setTransform(toBox);
+        Canvas canvas(imagePainter, height);
+        drawOn(canvas);
+        return image;
+    };
+    const Outlined outlined{toBox.mapRect(toolkitRect(rect)), radius, filling, line, lineWidth, toDevice.m11()};
+    putPixels(painter, box.topLeft(), kept(cache, outlined, newImage, std::mem_fn(&QImage::sizeInBytes)));
 }
 
 void Canvas::fillEllipse(Rect rect, Color color) {

@@ -24,6 +24,7 @@ public:
     void fill(Rect rect, Color color);
     void fillRounded(Rect rect, double radius, Color color);
     void strokeRounded(Rect rect, double radius, Color color, double lineWidth);
+    void fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line, double lineWidth);
     void fillEllipse(Rect rect, Color color);
     void fillRoundedGradient(Rect rect, double radius, Color left, Color right);
     void fillVerticalGradient(Rect rect, const std::vector<Color>& upwards);  ///< Evenly spaced colours.

@@ -11,6 +11,8 @@ struct Color {
     static constexpr Color white(double alpha = 1) { return grey(1, alpha); }
     static constexpr Color black(double alpha = 1) { return grey(0, alpha); }
 
+    bool operator==(const Color&) const = default;
+
     constexpr Color withAlpha(double value) const { return {red, green, blue, value}; }
 
     /// This colour moved by `fraction` (0 to 1) of the way to opaque white.

@@ -2,13 +2,14 @@
 // tile, whose middle column is stretched, and costs the same whatever the bar's length.
 #include "Desktop/Glow.h"
 
-#include <QCache>
 #include <QImage>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <vector>
+
+#include "Desktop/Kept.h"
 
 namespace {
 
@@ -141,14 +142,11 @@ QRectF atQuarters(const QRectF& rect) {
             QPointF(nearest(rect.right()), nearest(rect.bottom()))};
 }
 
-/// Refreshes draw mostly the same tiles again. For the main thread, as all drawing.
-QImage cached(const Tile& tile) {
+QImage imageOf(const Tile& tile) {
     constexpr int mostBytes = 512 * 1024;
-    static QCache<Tile, QImage> tiles(mostBytes);
-    if (const QImage* const known = tiles.object(tile)) return *known;
-    QImage image = blurred(tile);
-    tiles.insert(tile, new QImage(image), image.sizeInBytes());
-    return image;
+    static QCache<Tile, QImage> cache(mostBytes);
+    return kept(
+        cache, tile, [&] { return blurred(tile); }, [](const QImage& image) { return image.sizeInBytes(); });
 }
 
 }  // namespace
@@ -167,8 +165,8 @@ void Glow::paint(QPainter& painter, const QRectF& shape, double cornerRadius) co
     const int removed = std::max(0, box.width() - 2 * cap - 1);
     const QRectF inTile = device.translated(-box.topLeft()).adjusted(0, 0, -removed, 0);
     const QImage tile =
-        cached({box.width() - removed, box.height(), inTile.x(), inTile.y(), inTile.width(), inTile.height(),
-                cornerRadius * scale, deviation, reach, color.red, color.green, color.blue, color.alpha});
+        imageOf({box.width() - removed, box.height(), inTile.x(), inTile.y(), inTile.width(), inTile.height(),
+                 cornerRadius * scale, deviation, reach, color.red, color.green, color.blue, color.alpha});
 
     const QTransform fromDevice = toDevice.inverted();
     const auto put = [&](int x, int width, int tileX, int tileWidth) {

@@ -1,11 +1,11 @@
 #include "Desktop/TextLine.h"
 
-#include <QCache>
 #include <QCoreApplication>
 #include <QPainter>
 #include <QTextLayout>
 
 #include "Desktop/Fonts.h"
+#include "Desktop/Kept.h"
 
 namespace {
 
@@ -32,32 +32,29 @@ Layout laidOut(const QString& line, const QFont& font) {
     return layout;
 }
 
-using Lines = QCache<std::pair<QString, QFont>, Layout>;
+using Layouts = QCache<std::pair<QString, QFont>, Layout>;
 
-/// Refreshes draw mostly the same lines again. For the main thread, as all drawing.
-Lines& kept() {
+Layouts& layouts() {
     constexpr int most = 5000;  // characters, with as many as a line's fixed size is worth
-    static Lines lines(most);
+    static Layouts cache(most);
     // Their font engines must not outlive the application object.
-    static const bool endsInTime = (qAddPostRoutine([] { kept().clear(); }), true);
+    static const bool endsInTime = (qAddPostRoutine([] { layouts().clear(); }), true);
     Q_UNUSED(endsInTime);
-    return lines;
+    return cache;
 }
 
-Layout cached(const QString& line, const QFont& font) {
+Layout layoutOf(const QString& line, const QFont& font) {
     constexpr int fixed = 32;
-    const std::pair key(line, font);
-    if (const Layout* const known = kept().object(key)) return *known;
-    Layout layout = laidOut(line, font);
-    kept().insert(key, new Layout(layout), fixed + line.size());
-    return layout;
+    return kept(
+        layouts(), std::pair(line, font), [&] { return laidOut(line, font); },
+        [&](const Layout&) { return fixed + line.size(); });
 }
 
 }  // namespace
 
 TextLine::TextLine(const std::string& text, const TextStyle& style) {
     const QString line = singleLine(text);
-    layout = cached(style.tabularDigits ? Fonts::withTabularDigits(line) : line, Fonts::font(style));
+    layout = layoutOf(style.tabularDigits ? Fonts::withTabularDigits(line) : line, Fonts::font(style));
 }
 
 double TextLine::width() const {
