@@ -23,7 +23,9 @@ constexpr int starts = 15;
 constexpr int thousands = 3;                         // of refreshes
 constexpr auto settling = std::chrono::seconds(35);  // until the start has come to rest
 constexpr auto idleTime = std::chrono::minutes(1);
-constexpr double noise = 2;  // switches in that time
+constexpr auto refreshInterval = std::chrono::seconds(110);  // one refresh is after the idle minute
+constexpr auto refreshed = std::chrono::seconds(30);         // from the end of that minute until it is over
+constexpr double noise = 2;                                  // switches in that time
 
 // Alarms of ours, for growth to be noticed.
 constexpr double startAlarm = 3;
@@ -81,10 +83,12 @@ std::array<Idle, 2> whileIdle(const std::array<const Process*, 2>& programs) {
     std::this_thread::sleep_for(settling);
     const std::array before = {programs[0]->switches(), programs[1]->switches()};
     std::this_thread::sleep_for(idleTime);
+    const std::array after = {programs[0]->switches(), programs[1]->switches()};
+    std::this_thread::sleep_for(refreshed);
     std::array<Idle, 2> found{};
     for (std::size_t i = 0; i < found.size(); ++i) {
         found[i] = {programs[i]->status("VmRSS") / 1024, programs[i]->status("Threads"),
-                    switchesSince(before[i], programs[i]->switches())};
+                    switchesSince(before[i], after[i])};
     }
     return found;
 }
@@ -93,7 +97,8 @@ std::array<Idle, 2> whileIdle(const std::array<const Process*, 2>& programs) {
 
 void Desktop::run(const HTTPSServer& server, bool verbose) {
     trust(server);
-    TemporaryHome::write(".config/quillet/config.json", R"({"intervalSeconds":3600})");
+    TemporaryHome::write(".config/quillet/config.json",
+                         R"({"intervalSeconds":)" + std::to_string(refreshInterval.count()) + "}");
     Tray tray({"https_proxy=http://" + server.address()});
     const Command quillet = {QUILLET};
     const Command bare = {BARE_TRAY};
