@@ -5,7 +5,7 @@
 #include <QPainterPath>
 #include <functional>
 
-#include "Desktop/Kept.h"
+#include "Desktop/Cache.h"
 
 namespace {
 
@@ -13,22 +13,20 @@ QColor toolkitColor(Color color) {
     return QColor::fromRgbF(float(color.red), float(color.green), float(color.blue), float(color.alpha));
 }
 
-/// All that the pixels of a filled and stroked shape depend on.
-struct Outlined {
-    QRectF shape;  // on a grid of whole pixels that starts near it
+/// All that the pixels of a filled and stroked shape depend on, in pixels.
+struct OutlinedShape {
+    double x, y, width, height;  // from whole pixels near it
     double cornerRadius;
     Color filling;
     Color line;
     double lineWidth;
-    double scale;
 
-    bool operator==(const Outlined&) const = default;
+    bool operator==(const OutlinedShape&) const = default;
 };
 
-std::size_t qHash(const Outlined& outlined, std::size_t seed) {
-    const QRectF& shape = outlined.shape;
-    return qHashMulti(seed, shape.x(), shape.y(), shape.width(), shape.height(), outlined.line.red,
-                      outlined.line.green, outlined.line.blue);
+std::size_t qHash(const OutlinedShape& shape, std::size_t seed) {
+    return qHashMulti(seed, shape.x, shape.y, shape.width, shape.height, shape.cornerRadius, shape.filling.red,
+                      shape.line.red, shape.line.alpha, shape.lineWidth);
 }
 
 /// Onto the device's pixels, one to one, with the image's top-left corner at `corner`.
@@ -75,7 +73,7 @@ void Canvas::strokeRounded(Rect rect, double radius, Color color, double lineWid
 // The toolkit takes tens of microseconds for an outline, and sometimes a thread: hence the kept image.
 void Canvas::fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line, double lineWidth) {
     constexpr int mostBytes = 512 * 1024;
-    static QCache<Outlined, QImage> cache(mostBytes);
+    static QCache<OutlinedShape, QImage> cache(mostBytes);
 
     const QTransform toDevice = painter.deviceTransform();
     const QRect box = toDevice.mapRect(toolkitRect(rect.inset(-lineWidth))).toAlignedRect();
@@ -95,8 +93,11 @@ void Canvas::fillAndStrokeRounded(Rect rect, double radius, Color filling, Color
         drawOn(canvas);
         return image;
     };
-    const Outlined outlined{toBox.mapRect(toolkitRect(rect)), radius, filling, line, lineWidth, toDevice.m11()};
-    putPixels(painter, box.topLeft(), kept(cache, outlined, newImage, std::mem_fn(&QImage::sizeInBytes)));
+    const QRectF shape = toBox.mapRect(toolkitRect(rect));
+    const double scale = toDevice.m11();
+    const OutlinedShape key{shape.x(),      shape.y(), shape.width(), shape.height(),
+                            radius * scale, filling,   line,          lineWidth * scale};
+    putPixels(painter, box.topLeft(), Cache::findOrMake(cache, key, newImage, std::mem_fn(&QImage::sizeInBytes)));
 }
 
 void Canvas::fillEllipse(Rect rect, Color color) {

@@ -9,7 +9,7 @@
 #include <numeric>
 #include <vector>
 
-#include "Desktop/Kept.h"
+#include "Desktop/Cache.h"
 
 namespace {
 
@@ -145,7 +145,7 @@ QRectF atQuarters(const QRectF& rect) {
 QImage imageOf(const Tile& tile) {
     constexpr int mostBytes = 512 * 1024;
     static QCache<Tile, QImage> cache(mostBytes);
-    return kept(
+    return Cache::findOrMake(
         cache, tile, [&] { return blurred(tile); }, [](const QImage& image) { return image.sizeInBytes(); });
 }
 

@@ -4,8 +4,8 @@
 #include <QPainter>
 #include <QTextLayout>
 
+#include "Desktop/Cache.h"
 #include "Desktop/Fonts.h"
-#include "Desktop/Kept.h"
 
 namespace {
 
@@ -45,7 +45,7 @@ Layouts& layouts() {
 
 Layout layoutOf(const QString& line, const QFont& font) {
     constexpr int fixed = 32;
-    return kept(
+    return Cache::findOrMake(
         layouts(), std::pair(line, font), [&] { return laidOut(line, font); },
         [&](const Layout&) { return fixed + line.size(); });
 }

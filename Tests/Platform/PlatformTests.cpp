@@ -1,16 +1,15 @@
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/mman.h>
-#include <sys/ptrace.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 
 #include "Platform/Clock.h"
 #include "Platform/HomeDirectory.h"
-#include "Platform/LoadedCode.h"
+#include "Platform/ResidentSet.h"
 
 namespace {
 
@@ -22,25 +21,8 @@ long residentFiles() {
     return 0;
 }
 
-constexpr char breakpoint = '\xCC';
-
-/// Writes one over the first byte of residentFiles, as a debugger does, and returns its address.
-volatile char* setBreakpoint() {
-    auto* code = reinterpret_cast<char*>(&residentFiles);
-    const long size = sysconf(_SC_PAGESIZE);
-    char* page = code - reinterpret_cast<std::uintptr_t>(code) % size;
-    EXPECT_EQ(mprotect(page, size, PROT_READ | PROT_WRITE | PROT_EXEC), 0);
-    *code = breakpoint;
-    mprotect(page, size, PROT_READ | PROT_EXEC);
-    return code;
-}
-
-bool inAnotherProcess(bool (*holds)()) {
-    const pid_t process = fork();
-    if (process == 0) _exit(holds() ? EXIT_SUCCESS : EXIT_FAILURE);
-    int status = EXIT_FAILURE;
-    return waitpid(process, &status, 0) == process && status == EXIT_SUCCESS;
-}
+/// There to be overwritten.
+[[gnu::noinline]] void neverCalled() {}
 
 }  // namespace
 
@@ -71,22 +53,20 @@ TEST(Clock, ADayStartsAtItsFirstMomentAlsoWhereMidnightIsSkippedOrRepeated) {
     }
 }
 
-TEST(LoadedCode, LeavesMemory) {
+TEST(ResidentSet, IsLessOnceTrimmed) {
     const long before = residentFiles();
-    LoadedCode::release();
+    ResidentSet::trim();
     EXPECT_LT(residentFiles(), before * 2 / 3);
 }
 
-TEST(LoadedCode, KeepsADebuggersBreakpoints) {
-    EXPECT_TRUE(inAnotherProcess([] {
-        ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-        volatile char* code = setBreakpoint();
-        LoadedCode::release();
-        return *code == breakpoint;
-    }));
-    EXPECT_TRUE(inAnotherProcess([] {
-        volatile char* code = setBreakpoint();
-        LoadedCode::release();
-        return *code != breakpoint;
-    })) << "nobody traces it, and yet nothing was released";
+TEST(ResidentSet, KeepsCodeThatWasChanged) {
+    auto* code = reinterpret_cast<char*>(&neverCalled);
+    const long size = sysconf(_SC_PAGESIZE);
+    char* page = code - reinterpret_cast<std::uintptr_t>(code) % size;
+    ASSERT_EQ(mprotect(page, size, PROT_READ | PROT_WRITE | PROT_EXEC), 0);
+    constexpr char breakpoint = '\xCC';
+    std::memset(code, breakpoint, 1);
+    ASSERT_EQ(mprotect(page, size, PROT_READ | PROT_EXEC), 0);
+    ResidentSet::trim();
+    EXPECT_EQ(*const_cast<volatile char*>(code), breakpoint);
 }
