@@ -3,7 +3,7 @@
 #include <link.h>
 #include <sys/mman.h>
 
-#include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -12,8 +12,8 @@
 namespace {
 
 struct Mapping {
-    std::uintptr_t begin;
-    std::uintptr_t end;
+    void* begin;
+    void* end;
 };
 
 /// Those whose every page is a file's, so that nothing is lost with them. Where a debugger set a breakpoint, say,
@@ -25,7 +25,7 @@ std::vector<Mapping> unchangedMappings() {
     std::ifstream file("/proc/self/smaps");
     for (std::string line; std::getline(file, line);) {
         Mapping next{};
-        if (std::sscanf(line.c_str(), "%" SCNxPTR "-%" SCNxPTR " ", &next.begin, &next.end) == 2) current = next;
+        if (std::sscanf(line.c_str(), "%p-%p ", &next.begin, &next.end) == 2) current = next;
         std::sscanf(line.c_str(), "Anonymous: %zu kB", &anonymous);
         const bool isLast = std::sscanf(line.c_str(), "Swap: %zu kB", &swapped) == 1;
         if (isLast && anonymous == 0 && swapped == 0) found.push_back(current);
@@ -41,8 +41,10 @@ int trimObject(dl_phdr_info* object, std::size_t, void* unchanged) {
         const std::uintptr_t begin = object->dlpi_addr + segment.p_vaddr;
         const std::uintptr_t end = begin + segment.p_memsz;
         for (const Mapping& mapping : *static_cast<const std::vector<Mapping>*>(unchanged)) {
-            if (mapping.begin < end && mapping.end > begin)
-                madvise(reinterpret_cast<void*>(mapping.begin), mapping.end - mapping.begin, MADV_DONTNEED);
+            const auto mappingBegin = reinterpret_cast<std::uintptr_t>(mapping.begin);
+            const auto mappingEnd = reinterpret_cast<std::uintptr_t>(mapping.end);
+            if (mappingBegin < end && mappingEnd > begin)
+                madvise(mapping.begin, mappingEnd - mappingBegin, MADV_DONTNEED);
         }
     }
     return 0;
