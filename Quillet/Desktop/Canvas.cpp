@@ -29,6 +29,17 @@ std::size_t qHash(const OutlinedShape& shape, std::size_t seed) {
                       shape.line.red, shape.line.alpha, shape.lineWidth);
 }
 
+/// A transparent image of `size` pixels with what `drawOn` draws on a canvas of `height`.
+QImage drawn(QSize size, const QTransform& toPixels, double height, const std::function<void(Canvas&)>& drawOn) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setTransform(toPixels);
+    Canvas canvas(painter, height);
+    drawOn(canvas);
+    return image;
+}
+
 /// Onto the device's pixels, one to one, with the image's top-left corner at `corner`.
 void putPixels(QPainter& painter, QPoint corner, const QImage& image) {
     painter.save();
@@ -84,15 +95,7 @@ void Canvas::fillAndStrokeRounded(Rect rect, double radius, Color filling, Color
     };
     if (box.isEmpty() || box.width() > mostBytes / 4 / box.height()) return drawOn(*this);
 
-    const auto newImage = [&] {
-        QImage image(box.size(), QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
-        QPainter imagePainter(&image);
-        imagePainter.setTransform(toBox);
-        Canvas canvas(imagePainter, height);
-        drawOn(canvas);
-        return image;
-    };
+    const auto newImage = [&] { return drawn(box.size(), toBox, height, drawOn); };
     const QRectF shape = toBox.mapRect(toolkitRect(rect));
     const double scale = toDevice.m11();
     const OutlinedShape key{shape.x(),      shape.y(), shape.width(), shape.height(),

@@ -33,19 +33,22 @@ std::vector<Mapping> unchangedMappings() {
     return found;
 }
 
+void trimWithin(std::uintptr_t begin, std::uintptr_t end, const std::vector<Mapping>& unchanged) {
+    for (const Mapping& mapping : unchanged) {
+        const auto mappingBegin = reinterpret_cast<std::uintptr_t>(mapping.begin);
+        const auto mappingEnd = reinterpret_cast<std::uintptr_t>(mapping.end);
+        if (mappingBegin < end && mappingEnd > begin)
+            madvise(mapping.begin, mappingEnd - mappingBegin, MADV_DONTNEED);
+    }
+}
+
 /// The loader is locked while it names its objects, so none of them goes away meanwhile.
 int trimObject(dl_phdr_info* object, std::size_t, void* unchanged) {
     for (int i = 0; i < object->dlpi_phnum; ++i) {
         const auto& segment = object->dlpi_phdr[i];
         if (segment.p_type != PT_LOAD || (segment.p_flags & PF_W) != 0) continue;
         const std::uintptr_t begin = object->dlpi_addr + segment.p_vaddr;
-        const std::uintptr_t end = begin + segment.p_memsz;
-        for (const Mapping& mapping : *static_cast<const std::vector<Mapping>*>(unchanged)) {
-            const auto mappingBegin = reinterpret_cast<std::uintptr_t>(mapping.begin);
-            const auto mappingEnd = reinterpret_cast<std::uintptr_t>(mapping.end);
-            if (mappingBegin < end && mappingEnd > begin)
-                madvise(mapping.begin, mappingEnd - mappingBegin, MADV_DONTNEED);
-        }
+        trimWithin(begin, begin + segment.p_memsz, *static_cast<const std::vector<Mapping>*>(unchanged));
     }
     return 0;
 }
