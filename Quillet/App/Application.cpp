@@ -3,28 +3,22 @@
 #include <malloc.h>
 #include <sys/signalfd.h>
 
-#include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QSocketNotifier>
-#include <QTimer>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <thread>
 
 #include "App/AppDelegate.h"
-#include "Desktop/X11.h"
-#include "Platform/ResidentSet.h"
+#include "App/GUIApplication.h"
 
 namespace {
 
 constexpr const char* applicationID = "com.zendrik.Quillet";  // also the desktop entry's and the icon's name
 constexpr const char* objectPath = "/com/zendrik/Quillet";
 constexpr const char* showPanel = "ShowPanel";
-constexpr std::chrono::seconds restsAfter(60);
 constexpr const char* noDisplay = "quillet: there is no display to run on\n";
 
 bool isSet(const char* variable) {
@@ -60,49 +54,6 @@ int openSignals() {
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
     return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
 }
-
-/// The toolkit's application, which gives memory back when nobody has used the program for a while.
-class GUIApplication : public QApplication {
-public:
-    GUIApplication(int& count, char** arguments) : QApplication(count, arguments) {
-        untilRest.setSingleShot(true);
-        untilRest.callOnTimeout([this] { trimming = std::jthread(ResidentSet::trim); });
-        untilRest.start(restsAfter);
-    }
-
-    bool notify(QObject* receiver, QEvent* event) override {
-        if (isStale(*event)) return true;
-        if (isUse(*event, *receiver)) untilRest.start(restsAfter);
-        return QApplication::notify(receiver, event);
-    }
-
-private:
-    /// The toolkit closes every popup when it hears that the program has lost the focus, of which it hears late: a
-    /// click soon after another popup closed would seem to do nothing. On X11 a popup has the pointer and the
-    /// keyboard to itself and needs no such help.
-    static bool isStale(const QEvent& event) {
-        return event.type() == QEvent::ApplicationDeactivate && activePopupWidget() && X11::connection();
-    }
-
-    /// Clicks that other programs report, a status item's host for one, are seen by the windows that come and go.
-    static bool isUse(const QEvent& event, const QObject& receiver) {
-        switch (event.type()) {
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonRelease:
-        case QEvent::KeyPress:
-            return true;
-        case QEvent::Show:
-        case QEvent::Hide:
-            return receiver.isWindowType();
-        default:
-            return false;
-        }
-    }
-
-    // Refreshes alone run less than half of the code that the start and the user's clicks do.
-    QTimer untilRest;
-    std::jthread trimming;
-};
 
 /// The session's door to the running application, for a second start to knock at.
 class Door : public QDBusVirtualObject {

@@ -16,12 +16,6 @@
 
 class Windows : public testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        static int count = 0;
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        if (!qApp) new QApplication(count, nullptr);
-    }
-
     static void press(Popover& popover, Qt::Key key) {
         QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
         QApplication::sendEvent(popover.focusWidget(), &event);
@@ -101,6 +95,23 @@ TEST_F(Windows, PopoverFollowsItsViewAndTheKeyboardTheVisualOrder) {
     EXPECT_TRUE(popover.justClosed());
     std::this_thread::sleep_for(std::chrono::milliseconds(410));
     EXPECT_FALSE(popover.justClosed());
+}
+
+TEST_F(Windows, FocusIsFollowedOnceHoweverOftenAWindowWasClosed) {
+    QWidget view;
+    QPushButton button(&view);
+    Popover popover(&view);
+    for (int i = 0; i < 3; ++i) {
+        static_cast<QWidget&>(popover).close();  // as the toolkit does at a click outside
+        popover.show(QRect(380, 780, 40, 20));
+        QApplication::setActiveWindow(&popover);
+        QApplication::processEvents();
+    }
+    int told = 0;
+    QObject::connect(qApp, &QGuiApplication::focusObjectChanged, &view, [&] { ++told; });
+    press(popover, Qt::Key_Tab);
+    EXPECT_EQ(popover.focusWidget(), &button);
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(Windows, AnOpenMenusRowsAnswerToTheirKeys) {
