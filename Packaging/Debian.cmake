@@ -45,7 +45,8 @@ This package has the command, for prompts, status bars, scripts and servers.")
 set(version "${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
 set(CPACK_DEBIAN_QUILLET-DESKTOP_PACKAGE_NAME quillet-desktop)
 set(CPACK_DEBIAN_QUILLET-DESKTOP_PACKAGE_DEPENDS "quillet (= ${version})")
-set(CPACK_DEBIAN_QUILLET-DESKTOP_PACKAGE_SUGGESTS qt6-wayland)
+# On Wayland one of them is needed; windows can be placed only with the former.
+set(CPACK_DEBIAN_QUILLET-DESKTOP_PACKAGE_RECOMMENDS "xwayland | qt6-wayland")
 set(CPACK_DEBIAN_QUILLET-DESKTOP_DESCRIPTION "usage of AI coding assistants, on the desktop
 ${about}
 .
