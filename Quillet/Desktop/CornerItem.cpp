@@ -59,7 +59,7 @@ void CornerItem::place() {
 
 void CornerItem::setContent(const StatusContent& newContent) {
     content = newContent;
-    setToolTip(QString::fromStdString(content.toolTip));
+    setToolTip(content.toolkitMarkup());
     place();
     update();
 }

@@ -112,7 +112,7 @@ void NotifierItem::setContent(const StatusContent& content) {
     menu.setItems(content.menu);
     const auto pictures = StatusContent::sizes(host.showsWide ? content.wide : content.square);
     if (std::exchange(images, pictures) != pictures) announce("NewIcon");
-    const QString text = QString::fromStdString(content.toolTip);
+    const QString text = content.markup();
     if (std::exchange(toolTip, text) != text) announce("NewToolTip");
     if (std::exchange(registered, true)) return;
     auto message = QDBusMessage::createMethodCall(host.watcher, "/StatusNotifierWatcher",
@@ -122,13 +122,6 @@ void NotifierItem::setContent(const StatusContent& content) {
 
 void NotifierItem::announce(const char* change) {
     if (registered) bus.send(QDBusMessage::createSignal(itemPath, interfaceName, change));
-}
-
-QVariant NotifierItem::toolTipProperty() const {
-    QString text = toolTip;
-    for (const auto& [plain, markup] : {std::pair{"&", "&amp;"}, {"<", "&lt;"}, {">", "&gt;"}})
-        text.replace(plain, markup);
-    return QVariant::fromValue(ToolTip{QStringLiteral("Quillet"), text});
 }
 
 QVariantMap NotifierItem::properties() const {
@@ -146,7 +139,7 @@ QVariantMap NotifierItem::properties() const {
         {"IconThemePath", ""},
         {"OverlayIconName", ""},
         {"AttentionIconName", ""},
-        {"ToolTip", toolTipProperty()},
+        {"ToolTip", QVariant::fromValue(ToolTip{QStringLiteral("Quillet"), toolTip})},
         {"ItemIsMenu", false},
         {"Menu", QVariant::fromValue(QDBusObjectPath(menuPath))},
     };

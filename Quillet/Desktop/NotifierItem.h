@@ -20,7 +20,6 @@ private:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
     QString introspect(const QString& path) const override;
     QVariantMap properties() const;
-    QVariant toolTipProperty() const;
     void activate(QPoint position);
     void announce(const char* change);
 
@@ -30,7 +29,7 @@ private:
     const QString service;
     ExportedMenu menu;
     std::vector<QImage> images;
-    QString toolTip;
+    QString toolTip;  // markup
     std::optional<QRect> place;
     bool registered = false;
 };

@@ -9,6 +9,7 @@
 #include "Desktop/CornerItem.h"
 #include "Desktop/NotifierHost.h"
 #include "Desktop/NotifierItem.h"
+#include "Desktop/TextLine.h"
 #include "Desktop/TrayIcon.h"
 
 namespace {
@@ -17,6 +18,17 @@ constexpr int embeddingDelay = 500;  // milliseconds; a panel that does both emb
 constexpr int cornerDelay = 3000;    // milliseconds; a panel that restarts is back by then
 
 }  // namespace
+
+QString StatusContent::markup() const {
+    QStringList lines = QString::fromStdString(toolTip).split(u'\n');
+    for (QString& line : lines)
+        line = line.left(TextLine::longest).toHtmlEscaped();
+    return lines.join(u'\n');
+}
+
+QString StatusContent::toolkitMarkup() const {
+    return QStringLiteral("<span style=\"white-space: pre\">%1</span>").arg(markup());
+}
 
 struct StatusItem::State : QAbstractNativeEventFilter {
     explicit State(Activate activate);

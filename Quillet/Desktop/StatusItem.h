@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QRect>
+#include <QString>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -16,8 +17,13 @@ struct StatusContent {
 
     Picture wide;         ///< 22 points high.
     Picture square;       ///< 22 by 22 points.
-    std::string toolTip;  ///< Lines.
+    std::string toolTip;  ///< Lines of plain text.
     MenuItems menu;
+
+    /// The tool tip's lines as markup that shows each as it stands, whatever a file has put in, and not all of one
+    /// that fits no screen.
+    QString markup() const;
+    QString toolkitMarkup() const;  ///< The same so that the toolkit takes it for markup in every case.
 
     /// In the sizes that trays choose from: at 1 and 2 pixels per point.
     static std::vector<QImage> sizes(const Picture& picture) { return {picture(1), picture(2)}; }

@@ -10,9 +10,7 @@
 namespace {
 
 QString singleLine(const std::string& text) {
-    constexpr int longest =
-        1000;  // characters; more fit no screen, and laying out a log's worth of them takes seconds
-    QString line = QString::fromStdString(text).left(longest);
+    QString line = QString::fromStdString(text).left(TextLine::longest);
     for (QChar& c : line) {
         if (c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator) {
             c = u' ';

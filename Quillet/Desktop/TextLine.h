@@ -21,6 +21,10 @@ struct TextStyle {
 /// breaks and other control characters take the place of a space. Needs the application object.
 class TextLine {
 public:
+    /// Characters that are shown of a text: more fit no screen, and laying out a log's worth of them takes
+    /// seconds.
+    static constexpr int longest = 1000;
+
     TextLine(const std::string& text, const TextStyle& style);
 
     double width() const;   ///< Points.

@@ -27,7 +27,7 @@ void TrayIcon::setContent(const StatusContent& content) {
     for (const QImage& image : StatusContent::sizes(content.square))
         picture.addPixmap(QPixmap::fromImage(image));
     icon.setIcon(picture);
-    icon.setToolTip(QString::fromStdString(content.toolTip));
+    icon.setToolTip(content.toolkitMarkup());
     icon.show();
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 
+#include <QApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -12,7 +13,9 @@
 #include <QDBusVirtualObject>
 #include <QEventLoop>
 #include <QProcess>
+#include <QTextDocument>
 #include <QTimer>
+#include <QWidget>
 
 namespace {
 
@@ -80,10 +83,19 @@ struct Host : QDBusVirtualObject {
         layout.endArray(), layout.endStructure();
         return rows;
     }
+    QDBusArgument property(const char* name) {
+        const auto got = ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", {"", name});
+        return got.value(0).value<QDBusVariant>().variant().value<QDBusArgument>();
+    }
+    QString toolTip() {
+        const auto fields = property("ToolTip");
+        QString icon, title, text;
+        fields.beginStructure(), fields >> icon, skip(fields), fields >> title >> text, fields.endStructure();
+        return text;
+    }
     /// Each picture's width and first pixel.
     std::vector<std::pair<int, QByteArray>> pictures() {
-        const auto got = ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", {"", "IconPixmap"});
-        const auto list = got.value(0).value<QDBusVariant>().variant().value<QDBusArgument>();
+        const auto list = property("IconPixmap");
         std::vector<std::pair<int, QByteArray>> pictures;
         for (list.beginArray(); !list.atEnd(); list.endStructure()) {
             int width = 0, height = 0;
@@ -150,19 +162,29 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     EXPECT_FALSE(newIcon.isActive() || newToolTip.isActive()) << "the same as before";
     auto changed = content(Qt::white);
     changed.square = [](double) { return ADD_FAILURE() << "drawn for nobody", QImage(); };
-    changed.toolTip = "Claude 43 %";
+    changed.toolTip = "Claude <img src=\"/dev/zero\"> & 43 %";
     item.setContent(changed);
     EXPECT_EQ(host.pictures()[0].second, "\xff\xff\xff\xff");
     EXPECT_TRUE(newIcon.isActive() && newToolTip.isActive());
+    EXPECT_EQ(host.toolTip(), "Claude &lt;img src=&quot;/dev/zero&quot;&gt; &amp; 43 %");
 }
 
 TEST(StatusItem, StandsByItselfWithoutASessionBus) {
     StatusItem item([](std::optional<QRect>) {});
-    item.setContent(content(Qt::white));
-    QEventLoop loop;
-    QTimer::singleShot(3500, &loop, &QEventLoop::quit);  // it waits three seconds for a tray
-    loop.exec();
+    auto shown = content(Qt::white);
+    shown.toolTip = "Claude: <b>\n  <img src='/dev/zero'> & " + std::string(2000, 'W') + "\n";
+    item.setContent(shown);
+    Host::wait(3500);  // it waits three seconds for a tray
     EXPECT_TRUE(item.geometry());
+
+    QString markup;
+    for (const QWidget* const window : QApplication::topLevelWidgets())
+        markup += window->toolTip();
+    EXPECT_TRUE(Qt::mightBeRichText(markup));
+    QTextDocument toolTip;
+    toolTip.setHtml(markup);
+    const std::string fitting = shown.toolTip.substr(0, shown.toolTip.find("\n") + 1 + 1000);
+    EXPECT_EQ(toolTip.toPlainText().toStdString(), fitting + "\n") << "as it stands, up to what fits";
 }
 
 TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
