@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 
@@ -19,6 +20,8 @@ constexpr const char* folder = "~/.local/share/opencode";
 constexpr double windowLength = 18000;      // seconds
 constexpr double windowBudget = 3'000'000;  // tokens
 constexpr double highestPercent = 100;
+constexpr std::chrono::seconds patience(3);  // with a database that is huge, or a view made to have no end
+constexpr int stepsBetweenLooks = 100'000;   // of SQLite's machine, at the clock
 
 constexpr const char* tokenSum =
     "SELECT COALESCE(SUM(\n"
@@ -84,6 +87,15 @@ Companion companion(const std::string& path) {
     return {exists, !exists || regular, !regular || std::filesystem::file_size(path, error) == 0};
 }
 
+/// From now on a query of the database fails that is not done when `deadline` has come.
+void limit(sqlite3* database, std::chrono::steady_clock::time_point& deadline) {
+    deadline = std::chrono::steady_clock::now() + patience;
+    const auto hasCome = [](void* when) -> int {
+        return std::chrono::steady_clock::now() >= *static_cast<std::chrono::steady_clock::time_point*>(when);
+    };
+    sqlite3_progress_handler(database, stepsBetweenLooks, hasCome, &deadline);
+}
+
 /// Even over a read-only connection, SQLite would create the write-ahead log and its index where they are missing,
 /// and write read marks into an index that is there. So an index is only read as it stands, and a database without
 /// a log, or with an empty one that nobody has open, is read as complete in itself.
@@ -106,6 +118,8 @@ Database openForReading(const std::string& path) {
 std::optional<std::int64_t> OpenCodeProvider::tokensInLastFiveHours(const std::string& dbPath) {
     const Database database = openForReading(dbPath);
     if (!database) return std::nullopt;
+    std::chrono::steady_clock::time_point deadline;
+    limit(database.get(), deadline);
 
     sqlite3_stmt* prepared = nullptr;
     sqlite3_prepare_v2(database.get(), tokenSum, -1, &prepared, nullptr);

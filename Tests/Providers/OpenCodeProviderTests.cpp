@@ -71,6 +71,15 @@ TEST(OpenCodeTokens, AnUnusableDatabaseIsAbsentAndNeverWaitedFor) {
     alarm(0);
 }
 
+TEST(OpenCodeTokens, AViewWithoutAnEndIsGivenUp) {
+    TemporaryHome home;
+    const Tool tool(home.at("endless"),
+                    "CREATE VIEW message AS WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c)"
+                    "SELECT 9e15 AS time_created, '{\"tokens\": {\"input\": 0}}' AS data FROM c");
+    alarm(60);
+    EXPECT_EQ(OpenCodeProvider::tokensInLastFiveHours(home.at("endless")), std::nullopt);
+}
+
 TEST(OpenCodeTokens, AWriteAheadLogIsReadAndNoFileIsTouched) {
     ScopedClock clock(1'750'000'000);
     const auto sql = textOf(FIXTURES "/opencode-log.sql");     // 7 tokens in the database, 1 in its log
