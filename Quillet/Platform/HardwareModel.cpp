@@ -7,7 +7,8 @@
 namespace {
 
 std::string firmwareModel() {
-    std::string text = RegularFile::ending("/sys/class/dmi/id/product_name", 256).value_or("");
+    // Such a file gives a page as its size whatever is in it, so there is nothing at its end.
+    std::string text = RegularFile::contents("/sys/class/dmi/id/product_name").value_or("");
     text.erase(text.find_last_not_of(" \n") + 1);
     return text;
 }

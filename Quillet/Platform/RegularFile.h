@@ -14,6 +14,7 @@ inline constexpr std::size_t largestWhole = 1 << 20;  // bytes
 std::optional<std::string> contents(const std::string& path);
 
 /// The last `maxBytes` bytes of the file, all of it if it is shorter; absent as for `contents`, whatever its size.
+/// Not for the kernel's own files, whose size is made up.
 std::optional<std::string> ending(const std::string& path, std::size_t maxBytes);
 
 }  // namespace RegularFile

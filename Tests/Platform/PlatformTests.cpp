@@ -5,10 +5,13 @@
 
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 
 #include "Platform/Clock.h"
+#include "Platform/HardwareModel.h"
 #include "Platform/HomeDirectory.h"
+#include "Platform/RegularFile.h"
 #include "Platform/ResidentSet.h"
 
 namespace {
@@ -69,4 +72,15 @@ TEST(ResidentSet, KeepsCodeThatWasChanged) {
     ASSERT_EQ(mprotect(page, size, PROT_READ | PROT_EXEC), 0);
     ResidentSet::trim();
     EXPECT_EQ(*const_cast<volatile char*>(code), breakpoint);
+}
+
+TEST(HardwareModel, IsWhatTheFirmwareSays) {
+    std::ifstream file("/sys/class/dmi/id/product_name");
+    std::string name;
+    std::getline(file, name);
+    name.erase(name.find_last_not_of(' ') + 1);
+    EXPECT_EQ(HardwareModel::identifier(), name);
+    // Not every machine tells, so here is another of the kernel's files, which all give a page as their size.
+    const std::string other = "/sys/kernel/mm/transparent_hugepage/enabled";
+    if (std::filesystem::exists(other)) EXPECT_NE(RegularFile::contents(other).value_or(""), "");
 }
