@@ -55,7 +55,8 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::refresh() {
-    queue.start([delegate = QPointer(this), providers = enabledProviders(), stop = stopping.get_token()] {
+    // Where all of the passes hang, as on a file system that does, one more would only hang with them.
+    queue.tryStart([delegate = QPointer(this), providers = enabledProviders(), stop = stopping.get_token()] {
         Snapshots results;
         for (const Provider provider : providers) {
             if (stop.stop_requested()) return;

@@ -19,6 +19,7 @@ namespace {
 constexpr const char* applicationID = "com.zendrik.Quillet";  // also the desktop entry's and the icon's name
 constexpr const char* objectPath = "/com/zendrik/Quillet";
 constexpr const char* showPanel = "ShowPanel";
+constexpr int patience = 3000;  // milliseconds for the application that runs already to answer
 constexpr const char* noDisplay = "quillet: there is no display to run on\n";
 
 bool isSet(const char* variable) {
@@ -79,7 +80,9 @@ private:
 bool isRunningElsewhere() {
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected() || bus.registerService(applicationID)) return false;
-    bus.call(QDBusMessage::createMethodCall(applicationID, objectPath, applicationID, showPanel));
+    const auto knock = QDBusMessage::createMethodCall(applicationID, objectPath, applicationID, showPanel);
+    if (bus.call(knock, QDBus::Block, patience).type() != QDBusMessage::ReplyMessage)
+        std::fputs("quillet: it runs already, but does not answer\n", stderr);
     return true;
 }
 
