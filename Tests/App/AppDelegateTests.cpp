@@ -77,6 +77,7 @@ public:
     std::optional<double> percent(Provider provider) const { return delegate.snapshots.at(provider).dailyPercent; }
     int panelHeight() const { return delegate.panelView.height(); }
     std::string toolTip() const { return delegate.toolTip(); }
+    bool trayItemIsInstalled() const { return delegate.trayInstalled; }
     TouchBarButton& trayButton() { return *delegate.trayItem->button; }
     int timerInterval() const { return delegate.timer.isActive() ? delegate.timer.interval() : 0; }
     const auto& panelSurfaces() const { return delegate.panelView.settings.surfaces; }
@@ -304,6 +305,7 @@ TEST_F(Application, MissingTouchBarOperationsDoNothing) {
     useTouchBarMachine();
     AppDelegateProbe probe;
     probe.apply({"Claude"}, 1);
+    EXPECT_FALSE(probe.trayItemIsInstalled());
     probe.delegate.presentModalStrip();
     probe.delegate.setSurface(DisplaySurface::touchBar, false);
     EXPECT_TRUE(probe.hasStatusItem());
