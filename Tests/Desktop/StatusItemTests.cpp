@@ -183,7 +183,7 @@ TEST(StatusItem, StandsByItselfWithoutASessionBus) {
     EXPECT_TRUE(Qt::mightBeRichText(markup));
     QTextDocument toolTip;
     toolTip.setHtml(markup);
-    const std::string fitting = shown.toolTip.substr(0, shown.toolTip.find("\n") + 1 + 1000);
+    const std::string fitting = shown.toolTip.substr(0, shown.toolTip.find('\n') + 1 + 1000);
     EXPECT_EQ(toolTip.toPlainText().toStdString(), fitting + "\n") << "as it stands, up to what fits";
 }
 
