@@ -39,7 +39,7 @@ public:
     void applicationDidFinishLaunching();
 
     /// Starts a collection of the shown providers and returns at once. Passes may overlap; the one that ends last
-    /// is shown.
+    /// is shown. Does nothing while as many as may run at a time are under way.
     void refresh();
 
     static std::vector<Provider> enabledProviders();  ///< The shown ones, in the fixed order.

@@ -6,22 +6,22 @@
 
 namespace {
 
-std::string firmwareModel() {
-    // Such a file gives a page as its size whatever is in it, so there is nothing at its end.
-    std::string text = RegularFile::contents("/sys/class/dmi/id/product_name").value_or("");
-    text.erase(text.find_last_not_of(" \n") + 1);
-    return text;
-}
-
 // Asked again and again, but a machine keeps its model.
 std::string modelOnce() {
-    static const std::string model = firmwareModel();
+    static const std::string model = HardwareModel::namedIn("/sys/class/dmi/id/product_name");
     return model;
 }
 
 std::atomic<HardwareModel::Source> currentSource = modelOnce;
 
 }  // namespace
+
+std::string HardwareModel::namedIn(const std::string& path) {
+    // Such a file gives a page as its size whatever is in it, so there is nothing at its end.
+    std::string text = RegularFile::contents(path).value_or("");
+    text.erase(text.find_last_not_of(" \n") + 1);
+    return text;
+}
 
 std::string HardwareModel::identifier() {
     return currentSource.load()();

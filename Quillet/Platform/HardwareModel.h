@@ -8,6 +8,9 @@ namespace HardwareModel {
 /// Empty where the firmware doesn't tell.
 std::string identifier();
 
+/// What a file of the kernel's says, without the end of its line; empty if it can't be read.
+std::string namedIn(const std::string& path);
+
 using Source = std::string (*)();
 
 /// Replaces what `identifier` asks and returns what it asked before; nullptr stands for the firmware.

@@ -87,13 +87,8 @@ Companion companion(const std::string& path) {
     return {exists, !exists || regular, !regular || std::filesystem::file_size(path, error) == 0};
 }
 
-/// From now on a query of the database fails that is not done when `deadline` has come.
-void limit(sqlite3* database, std::chrono::steady_clock::time_point& deadline) {
-    deadline = std::chrono::steady_clock::now() + patience;
-    const auto hasCome = [](void* when) -> int {
-        return std::chrono::steady_clock::now() >= *static_cast<std::chrono::steady_clock::time_point*>(when);
-    };
-    sqlite3_progress_handler(database, stepsBetweenLooks, hasCome, &deadline);
+int hasCome(void* deadline) {
+    return std::chrono::steady_clock::now() >= *static_cast<std::chrono::steady_clock::time_point*>(deadline);
 }
 
 /// Even over a read-only connection, SQLite would create the write-ahead log and its index where they are missing,
@@ -118,8 +113,8 @@ Database openForReading(const std::string& path) {
 std::optional<std::int64_t> OpenCodeProvider::tokensInLastFiveHours(const std::string& dbPath) {
     const Database database = openForReading(dbPath);
     if (!database) return std::nullopt;
-    std::chrono::steady_clock::time_point deadline;
-    limit(database.get(), deadline);
+    auto deadline = std::chrono::steady_clock::now() + patience;
+    sqlite3_progress_handler(database.get(), stepsBetweenLooks, hasCome, &deadline);
 
     sqlite3_stmt* prepared = nullptr;
     sqlite3_prepare_v2(database.get(), tokenSum, -1, &prepared, nullptr);
