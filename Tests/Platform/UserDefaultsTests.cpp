@@ -4,6 +4,9 @@
 #include <signal.h>
 #include <sys/wait.h>
 
+#include <chrono>
+#include <thread>
+
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/TemporaryHome.h"
 
@@ -74,18 +77,25 @@ TEST(UserDefaults, WhatCannotBeSavedHoldsAndIsSavedLater) {
 TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
     const TemporaryHome home;
     const std::vector<std::string> values[] = {{std::string(50'000, 'a')}, {std::string(90'000, 'b')}};
+    const auto begin = std::chrono::steady_clock::now();
     UserDefaults::setTextArray("a", values[0]);
-    int saved = 0;
-    for (unsigned i = 0; i < 50; ++i) {
+    const auto oneSave = std::chrono::steady_clock::now() - begin;
+    for (int i = 0; i < 50; ++i) {
+        int firstSave[2];
+        ASSERT_EQ(pipe(firstSave), 0);
         const pid_t child = fork();
-        for (int j = 1; child == 0; ++j)  // NOLINT(bugprone-infinite-loop): until it is killed
+        for (int j = 1; child == 0; ++j) {  // NOLINT(bugprone-infinite-loop): until it is killed
             UserDefaults::setTextArray("a", values[j % 2]);
-        usleep(i * 1397 % 40000);
+            if (j == 1) write(firstSave[1], "", 1);
+        }
+        close(firstSave[1]);
+        char byte = 0;
+        EXPECT_EQ(read(firstSave[0], &byte, 1), 1) << "the child saved nothing";
+        close(firstSave[0]);
+        std::this_thread::sleep_for(oneSave * i / 20);
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
         const auto found = UserDefaults::textArray("a");
         ASSERT_TRUE(found == values[0] || found == values[1]) << i;
-        saved += found == values[1];
     }
-    EXPECT_GT(saved, 0) << "no process came to save anything";
 }
