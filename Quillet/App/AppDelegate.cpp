@@ -63,10 +63,10 @@ void AppDelegate::refresh() {
             results.insert_or_assign(provider, Collectors::collect(provider));
         }
         malloc_trim(0);  // large logs and replies leave room behind that the allocator would keep
-        const auto deliver = [delegate, results = std::move(results)]() mutable {
+        auto deliver = [delegate, results = std::move(results)]() mutable {
             if (delegate) delegate->apply(std::move(results));
         };
-        QMetaObject::invokeMethod(QCoreApplication::instance(), deliver, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(deliver), Qt::QueuedConnection);
     });
 }
 
