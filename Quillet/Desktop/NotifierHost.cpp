@@ -12,6 +12,8 @@ namespace {
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
+constexpr int answerTimeout = 5000;  // milliseconds
+
 constexpr struct {
     const char* process;  // how its name begins; the kernel keeps 15 characters
     bool showsWide;
@@ -19,6 +21,8 @@ constexpr struct {
 } knownHosts[] = {
     {"panel-", false, true},  // Xfce, "panel-2-systray" by the plugin's number
     {"lxqt-panel", false, true},
+    {"plasmashell", false, true},
+    {"kded", false, true},             // Plasma's, with its version; the items are plasmashell's
     {"notification-ar", true, false},  // MATE; passes a point at the panel's edge
     {"waybar", true, false},           // passes a point inside its own tray box
 };
@@ -35,7 +39,7 @@ NotifierHost::NotifierHost(std::function<void(std::optional<Host>)> onHostChange
       bus(QDBusConnection::sessionBus()),
       ownership(watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange) {
     question.setSingleShot(true);
-    question.callOnTimeout([this] { askWhetherThere(); });
+    question.callOnTimeout([this] { askOwner(); });
     QObject::connect(&ownership, &QDBusServiceWatcher::serviceOwnerChanged, &question,
                      [this](const QString&, const QString&, const QString& owner) { follow(owner); });
     for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
@@ -56,8 +60,8 @@ void NotifierHost::follow(const QString& owner) {
     settle(std::nullopt);
 }
 
-void NotifierHost::ask(const QDBusMessage& message, void (NotifierHost::*then)(const QDBusMessage&)) {
-    answer = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message));
+void NotifierHost::ask(const QDBusMessage& message, Step then) {
+    answer = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, answerTimeout));
     QObject::connect(answer.get(), &QDBusPendingCallWatcher::finished, &question, [this, then] {
         const QDBusMessage reply = answer->reply();
         answer.release()->deleteLater();
@@ -65,31 +69,39 @@ void NotifierHost::ask(const QDBusMessage& message, void (NotifierHost::*then)(c
     });
 }
 
-void NotifierHost::askWhetherThere() {
+void NotifierHost::askBus(const char* method, const QString& name, Step then) {
+    ask(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                       method)
+            << name,
+        then);
+}
+
+/// By name, since a reply doesn't tell its sender in every version of Qt.
+void NotifierHost::askOwner() {
     if (!bus.isConnected()) return settle(std::nullopt);  // nothing would ever answer
+    askBus("GetNameOwner", watcherName, &NotifierHost::askWhetherThere);
+}
+
+void NotifierHost::askWhetherThere(const QDBusMessage& owner) {
+    candidate = owner.arguments().value(0).toString();
+    if (owner.type() != QDBusMessage::ReplyMessage) return settle(std::nullopt);
     auto message =
-        QDBusMessage::createMethodCall(watcherName, watcherPath, "org.freedesktop.DBus.Properties", "Get");
-    message << watcherName << "IsStatusNotifierHostRegistered";
-    message.setAutoStartService(false);
-    ask(message, &NotifierHost::askWho);
+        QDBusMessage::createMethodCall(candidate, watcherPath, "org.freedesktop.DBus.Properties", "Get");
+    ask(message << watcherName << "IsStatusNotifierHostRegistered", &NotifierHost::askProcess);
 }
 
-void NotifierHost::askWho(const QDBusMessage& reply) {
-    const bool there = reply.type() == QDBusMessage::ReplyMessage &&
-                       reply.arguments().value(0).value<QDBusVariant>().variant().toBool();
+void NotifierHost::askProcess(const QDBusMessage& isThere) {
+    const bool there = isThere.type() == QDBusMessage::ReplyMessage &&
+                       isThere.arguments().value(0).value<QDBusVariant>().variant().toBool();
     if (!there) return settle(std::nullopt);
-    candidate = reply.service();
-    auto message = QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                                  "org.freedesktop.DBus", "GetConnectionUnixProcessID");
-    message << candidate;
-    ask(message, &NotifierHost::found);
+    askBus("GetConnectionUnixProcessID", candidate, &NotifierHost::found);
 }
 
-void NotifierHost::found(const QDBusMessage& reply) {
+void NotifierHost::found(const QDBusMessage& process) {
     Host host{candidate};
-    const QByteArray process = processName(reply.arguments().value(0).toUInt());
+    const QByteArray name = processName(process.arguments().value(0).toUInt());
     for (const auto& known : knownHosts) {
-        if (!process.startsWith(known.process)) continue;
+        if (!name.startsWith(known.process)) continue;
         host.showsWide = known.showsWide;
         host.tellsPosition = known.tellsPosition;
     }

@@ -27,10 +27,13 @@ public:
 
 private:
     void follow(const QString& owner);
-    void ask(const QDBusMessage& question, void (NotifierHost::*then)(const QDBusMessage& reply));
-    void askWhetherThere();
-    void askWho(const QDBusMessage& reply);
-    void found(const QDBusMessage& reply);
+    using Step = void (NotifierHost::*)(const QDBusMessage& reply);
+    void ask(const QDBusMessage& question, Step then);
+    void askBus(const char* method, const QString& name, Step then);
+    void askOwner();
+    void askWhetherThere(const QDBusMessage& owner);
+    void askProcess(const QDBusMessage& isThere);
+    void found(const QDBusMessage& process);
     void settle(std::optional<Host> host);
 
     const std::function<void(std::optional<Host>)> onChange;
@@ -38,6 +41,6 @@ private:
     QDBusServiceWatcher ownership;
     QTimer question;  ///< Its start is what the watcher's signals are connected to.
     std::unique_ptr<QDBusPendingCallWatcher> answer;
-    QString candidate;
+    QString candidate;               ///< The watcher that is being asked about.
     std::optional<QString> settled;  ///< The watcher of the newest call of `onChange`, empty for no host.
 };

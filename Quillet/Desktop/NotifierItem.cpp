@@ -4,7 +4,7 @@
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusMetaType>
-#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
 #include <QtEndian>
 
 #include "Desktop/BusProperties.h"
@@ -88,9 +88,10 @@ QString uniqueService() {
 }  // namespace
 
 NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host shownBy,
-                           StatusItem::Activate activation)
+                           std::function<void()> registration, StatusItem::Activate activation)
     : bus(connection),
       host(std::move(shownBy)),
+      onRegistered(std::move(registration)),
       onActivate(std::move(activation)),
       service(uniqueService()),
       menu(connection, menuPath) {
@@ -114,10 +115,17 @@ void NotifierItem::setContent(const StatusContent& content) {
     if (std::exchange(images, pictures) != pictures) announce("NewIcon");
     const QString text = content.markup();
     if (std::exchange(toolTip, text) != text) announce("NewToolTip");
-    if (std::exchange(registered, true)) return;
+    if (!std::exchange(registered, true)) registerItem();
+}
+
+void NotifierItem::registerItem() {
     auto message = QDBusMessage::createMethodCall(host.watcher, "/StatusNotifierWatcher",
                                                   "org.kde.StatusNotifierWatcher", "RegisterStatusNotifierItem");
-    bus.asyncCall(message << service);
+    auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(message << service), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        answer->deleteLater();
+        if (!answer->isError()) onRegistered();
+    });
 }
 
 void NotifierItem::announce(const char* change) {

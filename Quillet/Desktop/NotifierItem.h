@@ -10,7 +10,9 @@
 /// squares.
 class NotifierItem : public StatusItem::Form, QDBusVirtualObject {
 public:
-    NotifierItem(const QDBusConnection& bus, NotifierHost::Host host, StatusItem::Activate onActivate);
+    /// `onRegistered` is called once the host has taken the item.
+    NotifierItem(const QDBusConnection& bus, NotifierHost::Host host, std::function<void()> onRegistered,
+                 StatusItem::Activate onActivate);
     ~NotifierItem() override;
 
     void setContent(const StatusContent& content) override;
@@ -20,11 +22,13 @@ private:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
     QString introspect(const QString& path) const override;
     QVariantMap properties() const;
+    void registerItem();
     void activate(QPoint position);
     void announce(const char* change);
 
     QDBusConnection bus;
     const NotifierHost::Host host;
+    const std::function<void()> onRegistered;
     const StatusItem::Activate onActivate;
     const QString service;
     ExportedMenu menu;

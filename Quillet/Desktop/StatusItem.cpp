@@ -16,6 +16,7 @@ namespace {
 
 constexpr int embeddingDelay = 500;  // milliseconds; a panel that does both embeds before it can be notified
 constexpr int cornerDelay = 3000;    // milliseconds; a panel that restarts is back by then
+constexpr int hostTimeout = 5000;    // milliseconds until a host must have answered and taken the item
 
 }  // namespace
 
@@ -37,6 +38,8 @@ struct StatusItem::State : QAbstractNativeEventFilter {
     bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override;
     void follow(std::optional<NotifierHost::Host> current);
     void lookForEmbedding();
+    void standInCorner();
+    void leaveCorner();
     void tell() const;
     template <typename NewForm, typename... Arguments>
     void take(Arguments&&... arguments);
@@ -44,8 +47,9 @@ struct StatusItem::State : QAbstractNativeEventFilter {
     const Activate onActivate;
     std::function<void()> onPlaceChange;
     std::optional<StatusContent> content;
-    std::unique_ptr<Form> form;
-    bool notified = true;  ///< Also until the first answer.
+    std::unique_ptr<Form> form;           ///< In the desktop's tray.
+    std::unique_ptr<CornerItem> standIn;  ///< While no tray has taken the item.
+    bool notified = true;                 ///< Also until the first answer.
     QTimer embedding;
     QTimer corner;
     NotifierHost host;
@@ -56,9 +60,9 @@ StatusItem::State::State(Activate activate)
     for (QTimer* timer : {&embedding, &corner})
         timer->setSingleShot(true);
     embedding.setInterval(embeddingDelay);
-    corner.setInterval(cornerDelay);
     embedding.callOnTimeout([this] { lookForEmbedding(); });
-    corner.callOnTimeout([this] { take<CornerItem>(); });
+    corner.callOnTimeout([this] { standInCorner(); });
+    corner.start(hostTimeout);
     qApp->installNativeEventFilter(this);
 }
 
@@ -70,31 +74,43 @@ void StatusItem::State::take(Arguments&&... arguments) {
     tell();
 }
 
+void StatusItem::State::standInCorner() {
+    standIn = std::make_unique<CornerItem>(onActivate);
+    if (content) standIn->setContent(*content);
+    tell();
+}
+
+void StatusItem::State::leaveCorner() {
+    corner.stop();
+    if (!standIn) return;
+    standIn.reset();
+    tell();
+}
+
 void StatusItem::State::tell() const {
     if (onPlaceChange) onPlaceChange();
 }
 
 void StatusItem::State::follow(std::optional<NotifierHost::Host> current) {
     notified = current.has_value();
-    corner.stop();
     if (!current) return lookForEmbedding();
     embedding.stop();
-    take<NotifierItem>(host.connection(), *current);
+    if (!standIn) corner.start(hostTimeout);
+    take<NotifierItem>(host.connection(), *current, [this] { leaveCorner(); });
 }
 
-/// Asks only while no host can be notified, since the first question settles for the whole process whether the
-/// toolkit's icon embeds itself.
+/// Asks only while no host can be notified, since the first question settles for the whole process whether Qt's
+/// icon embeds itself.
 void StatusItem::State::lookForEmbedding() {
     if (TrayIcon::hasHost()) {
-        corner.stop();
+        leaveCorner();
         if (dynamic_cast<TrayIcon*>(form.get())) return;
         take<TrayIcon>();
         // A panel that goes takes its tray with it a moment later, perhaps before that is watched.
         embedding.start();
-    } else if (!dynamic_cast<CornerItem*>(form.get())) {
-        form.reset();
-        tell();
-        corner.start();
+    } else {
+        if (std::exchange(form, nullptr)) tell();
+        if (!standIn) corner.start(cornerDelay);
     }
 }
 
@@ -113,6 +129,7 @@ StatusItem::~StatusItem() = default;
 void StatusItem::setContent(StatusContent content) {
     state->content = std::move(content);
     if (state->form) state->form->setContent(*state->content);
+    if (state->standIn) state->standIn->setContent(*state->content);
 }
 
 void StatusItem::setOnPlaceChange(std::function<void()> onPlaceChange) {
@@ -120,5 +137,6 @@ void StatusItem::setOnPlaceChange(std::function<void()> onPlaceChange) {
 }
 
 std::optional<QRect> StatusItem::geometry() const {
+    if (state->standIn) return state->standIn->geometry();
     return state->form ? state->form->geometry() : std::nullopt;
 }

@@ -30,8 +30,8 @@ struct StatusContent {
 };
 
 /// The application's place in the desktop's tray, in the form that the desktop has a host for: a StatusNotifier
-/// item, the toolkit's tray icon where hosts only embed windows, or a small window of its own at the screen's top
-/// right while there is no host at all. Hosts may come late, restart and go; the item follows.
+/// item, Qt's tray icon where hosts only embed windows, or a small window of its own at the screen's top right
+/// while no host takes it. Hosts may come late, restart and go; the item follows.
 class StatusItem {
 public:
     /// Called with where the item stands; absent when the host doesn't tell.

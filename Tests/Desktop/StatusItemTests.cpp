@@ -38,7 +38,9 @@ struct Host : QDBusVirtualObject {
     Host() { bus.registerVirtualObject("/StatusNotifierWatcher", this); }
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
-        if (message.member() == "RegisterStatusNotifierItem") item = message.arguments()[0].toString();
+        const bool registers = message.member() == "RegisterStatusNotifierItem";
+        if (registers) item = message.arguments()[0].toString();
+        if (registers && !takesItems) return false;
         return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
     }
     void start(const char* process) {
@@ -108,6 +110,7 @@ struct Host : QDBusVirtualObject {
     }
     QDBusConnection bus = QDBusConnection::connectToBus(qgetenv("DBUS_SESSION_BUS_ADDRESS"), "host");
     QString item;
+    bool takesItems = true;
 };
 
 StatusContent content(QColor color, MenuItems menu = {}) {
@@ -138,6 +141,7 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
                  {"notification-area-applet", wide, {}},
                  {"waybar", wide, {}},
                  {"lxqt-panel", square, QPoint(100, 200)},
+                 {"kded6", square, QPoint(100, 200)},
                  {"some-other-host", square, {}}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.process);
@@ -167,6 +171,22 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     EXPECT_EQ(host.pictures()[0].second, "\xff\xff\xff\xff");
     EXPECT_TRUE(newIcon.isActive() && newToolTip.isActive());
     EXPECT_EQ(host.toolTip(), "Claude &lt;img src=&quot;/dev/zero&quot;&gt; &amp; 43 %");
+}
+
+TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeIt) {
+    const Session session;
+    Host host;
+    host.takesItems = false;
+    StatusItem item([](std::optional<QRect>) {});
+    item.setContent(content(Qt::white));
+    host.start("waybar");
+    Host::wait(5500);
+    EXPECT_TRUE(item.geometry()) << "for all that can be seen, it has no place in the tray";
+    host.takesItems = true;
+    host.bus.unregisterService("org.kde.StatusNotifierWatcher");
+    host.start("waybar");
+    Host::wait(100);
+    EXPECT_FALSE(item.geometry()) << "two items";
 }
 
 TEST(StatusItem, StandsByItselfWithoutASessionBus) {
