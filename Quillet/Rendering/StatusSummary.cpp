@@ -22,14 +22,19 @@ constexpr struct {
     double initialsAlpha = 0.82;
     Rect track{19, 5, 22, 6};
     double trackRadius = 3;
-    double trackAlpha = 0.16;
     double minimumBar = 6;
     double lightening = 0.5;
     double glowAlpha = 0.85;
     double glowRadius = 2.5;
     double dot = 3;
-    double dotAlpha = 0.3;
 } summary;
+
+struct TrackColors {
+    Color track;
+    Color dot;  ///< In the middle of a track without a level.
+};
+constexpr TrackColors onDark{Color::white(0.16), Color::white(0.3)};
+constexpr TrackColors onAnyGround{Color::grey(0.5, 0.5), Color::grey(0.5, 0.5)};  // light panels and dark ones
 
 constexpr struct {
     double side = 22;
@@ -74,16 +79,28 @@ void drawBar(Canvas& canvas, const Piece& piece, Rect track) {
     canvas.fillRoundedGradient(bar, summary.trackRadius, piece.color, piece.color.lightened(summary.lightening));
 }
 
-void drawPiece(Canvas& canvas, const Piece& piece, double x) {
-    drawBadge(canvas, piece, summary.badge.shifted(x, 0));
-    const Rect track = summary.track.shifted(x, 0);
-    canvas.fillRounded(track, summary.trackRadius, Color::white(summary.trackAlpha));
+void drawPiece(Canvas& canvas, const Piece& piece, Point origin, const TrackColors& colors) {
+    drawBadge(canvas, piece, summary.badge.shifted(origin.x, origin.y));
+    const Rect track = summary.track.shifted(origin.x, origin.y);
+    canvas.fillRounded(track, summary.trackRadius, colors.track);
     if (piece.fill) {
         drawBar(canvas, piece, track);
     } else {
-        canvas.fillEllipse(Rect::centred(track.center(), {summary.dot, summary.dot}),
-                           Color::white(summary.dotAlpha));
+        canvas.fillEllipse(Rect::centred(track.center(), {summary.dot, summary.dot}), colors.dot);
     }
+}
+
+/// Badges and level bars side by side, in the middle of the height.
+QImage drawWide(const std::vector<Piece>& shown, double height, const TrackColors& colors, double scale) {
+    const double advance = summary.pieceWidth + summary.gap;
+    const double width = advance * static_cast<double>(shown.size()) - summary.gap + 2 * summary.margin;
+    return Picture::of({width, height}, scale, [&](Canvas& canvas) {
+        Point origin{summary.margin, (height - summary.height) / 2};
+        for (const Piece& piece : shown) {
+            drawPiece(canvas, piece, origin, colors);
+            origin.x += advance;
+        }
+    });
 }
 
 /// Without a glow, which would run into the rows above and below.
@@ -92,7 +109,7 @@ void drawSquareRow(Canvas& canvas, const Piece& piece, double y, double height) 
     const double alpha = piece.connected ? summary.connectedAlpha : summary.disconnectedAlpha;
     canvas.fillRounded({square.margin, y, square.stubWidth, height}, radius, piece.accent.withAlpha(alpha));
     Rect bar{square.barX, y, square.side - square.margin - square.barX, height};
-    canvas.fillRounded(bar, radius, Color::grey(0.5, 0.5));  // seen on light and dark panels alike
+    canvas.fillRounded(bar, radius, onAnyGround.track);
     if (!piece.fill) return;
     bar.width = std::max(bar.width * *piece.fill, 2 * radius);
     canvas.fillRounded(bar, radius, piece.color);
@@ -111,25 +128,12 @@ std::vector<Piece> StatusSummary::pieces(const Snapshots& snapshots, const std::
 }
 
 QImage StatusSummary::render(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale) {
-    const auto shown = pieces(snapshots, providers);
-    const double advance = summary.pieceWidth + summary.gap;
-    const double width = advance * static_cast<double>(shown.size()) - summary.gap + 2 * summary.margin;
-    return Picture::of({width, summary.height}, scale, [&](Canvas& canvas) {
-        double x = summary.margin;
-        for (const Piece& piece : shown) {
-            drawPiece(canvas, piece, x);
-            x += advance;
-        }
-    });
+    return drawWide(pieces(snapshots, providers), summary.height, onDark, scale);
 }
 
 QImage StatusSummary::renderForTray(const Snapshots& snapshots, const std::vector<Provider>& providers,
                                     double scale) {
-    const QImage image = render(snapshots, providers, scale);
-    const Size size{image.deviceIndependentSize().width(), image.deviceIndependentSize().height()};
-    return Picture::of({size.width, square.side}, scale, [&](Canvas& canvas) {
-        canvas.draw(image, {0, (square.side - size.height) / 2, size.width, size.height});
-    });
+    return drawWide(pieces(snapshots, providers), square.side, onAnyGround, scale);
 }
 
 QImage StatusSummary::renderSquare(const Snapshots& snapshots, const std::vector<Provider>& providers,

@@ -28,10 +28,10 @@ struct Piece {
 /// as not connected.
 std::vector<Piece> pieces(const Snapshots& snapshots, const std::vector<Provider>& providers);
 
-/// Badges and level bars side by side, 16 points high, on a transparent ground.
+/// Badges and level bars side by side, 16 points high, on a transparent ground, for a dark one beneath.
 QImage render(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
 
-/// The same padded to a tray's usual 22 points.
+/// The same for a tray: 22 points high, with tracks that show on light grounds too.
 QImage renderForTray(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
 
 /// For a square cell, 22 by 22 points: the same pieces in rows, an accent stub and the level bar of each.

@@ -1,3 +1,6 @@
+#include <QPainter>
+#include <cmath>
+
 #include "Rendering/ProviderChip.h"
 #include "Rendering/StatusSummary.h"
 #include "Rendering/UsageGauge.h"
@@ -37,6 +40,25 @@ TEST(StatusSummary, ShowsEachProvidersHighestPercentage) {
         const auto fill = StatusSummary::pieces(snapshots, {snapshot.provider})[0].fill.value_or(0);
         EXPECT_TRUE(fill >= 0 && fill <= 1) << fill;
     });
+}
+
+/// Of two greys, as people see them: 1 for the same.
+double contrast(int one, int other) {
+    const auto luminance = [](int grey) { return std::pow((grey / 255.0 + 0.055) / 1.055, 2.4) + 0.05; };
+    return luminance(std::max(one, other)) / luminance(std::min(one, other));
+}
+
+TEST(StatusSummary, TracksAndDotsShowOnEveryPanelOfATray) {
+    for (const int ground : {255, 246, 51, 0}) {
+        const QImage tray = StatusSummary::renderForTray({}, {Provider::gemini}, 2);
+        QImage seen(tray.size(), QImage::Format_RGB32);
+        seen.fill(qRgb(ground, ground, ground));
+        seen.setDevicePixelRatio(tray.devicePixelRatio());
+        QPainter(&seen).drawImage(0, 0, tray);
+        const int track = qRed(seen.pixel(2 * 26, 2 * 11)), dot = qRed(seen.pixel(2 * 32, 2 * 11));
+        EXPECT_GE(contrast(track, ground), 1.3) << ground;
+        EXPECT_GE(contrast(dot, track), 1.3) << ground;
+    }
 }
 
 TEST(ProviderChip, ScalesWithItsRectangle) {
