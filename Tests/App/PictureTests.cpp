@@ -22,7 +22,7 @@ TEST_P(Pictures, ArePutWholeWhereTheyAreAskedForAndLookAlikeEverywhere) {
         std::string command = "env -i HOME=\"$PWD\" PATH=\"$PATH\" QUILLET='" QUILLET "' timeout -k 1 60 sh '";
         command.append(script).append("' </dev/null >'").append(out).append("' 2>'").append(err).append("'");
         TemporaryHome::shell(command);
-        EXPECT_EQ(textOf(out), step["out"]) << step["run"];
+        EXPECT_EQ(nlohmann::json(textOf(out)), step["out"]) << step["run"];
         EXPECT_EQ(textOf(err), "") << step["run"];
     }
 }

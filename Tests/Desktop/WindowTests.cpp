@@ -104,7 +104,7 @@ TEST_F(Windows, FocusIsFollowedOnceHoweverOftenAWindowWasClosed) {
     for (int i = 0; i < 3; ++i) {
         static_cast<QWidget&>(popover).close();  // as the toolkit does at a click outside
         popover.show(QRect(380, 780, 40, 20));
-        QApplication::setActiveWindow(&popover);
+        popover.activateWindow();
         QApplication::processEvents();
     }
     int told = 0;

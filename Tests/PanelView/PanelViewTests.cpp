@@ -65,7 +65,7 @@ TEST(StatusMessage, SaysWhyThereAreNoFigures) {
     for (const auto& row : fixture("tables/status-messages")) {
         const json entry{{"provider", row[0]}, {"snapshot", row[1]}};
         const auto message = StatusMessage::of(providerOf(entry), snapshotOf(entry));
-        EXPECT_EQ(message.text, row[2]);
+        EXPECT_EQ(json(message.text), row[2]);
         EXPECT_EQ(components(message.color), components(colorOf(row[3]))) << row;
     }
 }
@@ -79,7 +79,7 @@ TEST(PanelView, ControlsShowTheSettingsAndAskForTheOpposite) {
         for (const auto& text : row["settings"])
             panel.settings.surfaces.insert(*DisplaySurface::fromRawValue(text.get<std::string>()));
         if (!row["hidden"].is_null())
-            panel.isProviderVisible = [&](Provider p) { return p.rawValue() != row["hidden"]; };
+            panel.isProviderVisible = [&](Provider p) { return json(p.rawValue()) != row["hidden"]; };
         panel.update(std::vector<PanelView::Entry>());
         panel.update({{Provider::claude, std::nullopt}});
         EXPECT_EQ(panel.findChildren<QWidget*>().size(), 10) << "made twice";

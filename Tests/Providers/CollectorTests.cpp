@@ -89,7 +89,7 @@ TEST_P(Collector, Shows) {
             collects.push_back(std::async(std::launch::async, collect));
         for (auto& each : collects) {
             const auto snapshot = each.get();
-            EXPECT_EQ(shown(snapshot), step["shows"]);
+            EXPECT_EQ(json(shown(snapshot)), step["shows"]);
             EXPECT_EQ(snapshot.updatedAt, start + step.value("updated", snapshot.updatedAt - start));
         }
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
