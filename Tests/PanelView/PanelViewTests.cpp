@@ -96,7 +96,7 @@ TEST(PanelView, ControlsShowTheSettingsAndAskForTheOpposite) {
         panel.onRefresh = [&] { asked += "Refresh "; };
         for (std::size_t i = 0; i < 9; ++i)
             press(buttons[i], i % 2 ? Qt::Key_Return : Qt::Key_Space);
-        EXPECT_EQ(asked, row["asked"]);
+        EXPECT_EQ(json(asked), row["asked"]);
         panel.onToggleProvider = nullptr, panel.onToggleSurface = nullptr,
         panel.onDonate = panel.onRefresh = nullptr;
 

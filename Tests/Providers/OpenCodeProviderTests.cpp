@@ -90,6 +90,6 @@ TEST(OpenCodeTokens, AWriteAheadLogIsReadAndNoFileIsTouched) {
             EXPECT_EQ(sumOf(home.at("db")), "8") << "in the middle of a transaction";
         }
         EXPECT_EQ(home.shell(row[0]), 0);
-        EXPECT_EQ(sumOf(home.at("db")), row[1]) << row;
+        EXPECT_EQ(nlohmann::json(sumOf(home.at("db"))), row[1]) << row;
     }
 }
