@@ -38,17 +38,38 @@ std::vector<Screens::Strut> panels() {
     return struts;
 }
 
-/// The toolkit knows of panels only while there is a single screen, and not at once when it becomes one.
-QRect withoutPanels(const QScreen* screen) {
+/// All screens together, in their own pixels.
+QRect nativeDesktop() {
     QRect all;
     for (const QScreen* const each : QGuiApplication::screens())
         all |= native(each);
-    const QRect whole = native(screen);
+    return all;
+}
+
+/// A part of the screen, from its own pixels to Qt's coordinates.
+QRect fromNative(const QScreen* screen, QRect part) {
+    const QPoint corner = native(screen).topLeft();
+    const double ratio = screen->devicePixelRatio();
+    return {corner + (part.topLeft() - corner) / ratio, part.size() / ratio};
+}
+
+/// Qt knows of panels only while there is a single screen, and not at once when it becomes one.
+QRect withoutPanels(const QScreen* screen) {
+    const QRect all = nativeDesktop(), whole = native(screen);
     QRect rest = whole;
     for (const Screens::Strut& panel : panels())
         rest &= Screens::without(panel, whole, {all.right() + 1, all.bottom() + 1});
-    const double ratio = screen->devicePixelRatio();
-    return {whole.topLeft() + (rest.topLeft() - whole.topLeft()) / ratio, rest.size() / ratio};
+    return fromNative(screen, rest);
+}
+
+/// A Wayland desktop's panels are seen by the compositor alone. Some keep their room free in the work area; where
+/// none does, most panels stand at the top or the bottom.
+QRect withinWorkArea(const QScreen* screen) {
+    const QRect told = X11::workArea();
+    const QRect rest = native(screen) & told;
+    if (rest.isEmpty() || told.contains(nativeDesktop()))
+        return screen->geometry().adjusted(0, panelHeight, 0, -panelHeight);
+    return fromNative(screen, rest);
 }
 
 void watch(QScreen* screen, QTimer* settled) {
@@ -111,9 +132,8 @@ QRect Screens::without(const Strut& panel, QRect screen, QSize desktop) {
     return rest;
 }
 
-/// A Wayland desktop's panels are seen by nobody but the compositor; most stand at the top or the bottom.
 QRect Screens::available(const QScreen* screen) {
-    if (areXwayland()) return screen->availableGeometry().adjusted(0, panelHeight, 0, -panelHeight);
+    if (areXwayland()) return withinWorkArea(screen);
     return X11::connection() ? withoutPanels(screen) : screen->availableGeometry();
 }
 

@@ -68,6 +68,14 @@ std::string X11::windowManager() {
     return {name, name + reply->value_len};
 }
 
+/// Every workspace has one; they are alike but for panels that are on some workspaces alone.
+QRect X11::workArea() {
+    const auto numbers = properties({root()}, atom("_NET_WORKAREA")).front();
+    if (numbers.size() < 4) return {};
+    const auto at = [&numbers](std::size_t index) { return static_cast<int>(numbers[index]); };
+    return {at(0), at(1), at(2), at(3)};
+}
+
 void X11::cutCorners(QWidget* window, double radius) {
     window->clearMask();
     if (!connection() || Screens::areXwayland() || isOwned("_NET_WM_CM_S0")) return;

@@ -2,6 +2,7 @@
 
 #include <xcb/xcb.h>
 
+#include <QRect>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -33,6 +34,9 @@ std::vector<std::vector<uint32_t>> properties(const std::vector<xcb_window_t>& w
 
 /// What the window manager calls itself; empty where there is none.
 std::string windowManager();
+
+/// What panels leave of all screens together, in their own pixels; empty where nobody tells.
+QRect workArea();
 
 /// Those that a window manager handles.
 std::vector<xcb_window_t> managedWindows();
