@@ -77,7 +77,9 @@ void AppDelegate::apply(Snapshots results) {
     const auto entries = stripEntries();
     touchStrip.update(entries);
     floatingStrip.update(entries);
-    if (floatingWindow) {
+    if (!floatingWindow && settings.surfaces.contains(DisplaySurface::floatingBar)) {
+        showFloatingWindow();
+    } else if (floatingWindow) {
         const QSize before = floatingWindow->frame().size();
         sizeFloatingWindow();
         // At the top right it would else grow over the screen's edge. As it is, it stays even with its corner

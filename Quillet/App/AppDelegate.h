@@ -50,7 +50,7 @@ public:
     void setSurface(DisplaySurface surface, bool on);
     void setProviderVisible(Provider provider, bool on);
 
-    void togglePopover(std::optional<QRect> itemGeometry);  ///< Of the item, where it is known.
+    void togglePopover(const ItemPlace& item);
     void showPopover();
     void presentModalStrip();
 

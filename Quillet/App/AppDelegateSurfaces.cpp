@@ -69,7 +69,7 @@ void AppDelegate::setSurface(DisplaySurface surface, bool on) {
 }
 
 void AppDelegate::setUpStatusItem() {
-    statusItem = std::make_unique<StatusItem>([this](std::optional<QRect> geometry) { togglePopover(geometry); });
+    statusItem = std::make_unique<StatusItem>([this](const ItemPlace& item) { togglePopover(item); });
     statusItem->setOnPlaceChange([this] {
         if (floatingWindow) positionFloatingWindow();
     });
@@ -95,11 +95,11 @@ std::string AppDelegate::toolTip() const {
     return report;
 }
 
-void AppDelegate::togglePopover(std::optional<QRect> itemGeometry) {
+void AppDelegate::togglePopover(const ItemPlace& item) {
     if (popover.isShown()) {
         popover.close();
     } else if (!popover.justClosed()) {
-        popover.show(itemGeometry);
+        popover.show(item.geometry, item.reported);
     }
 }
 
@@ -108,6 +108,7 @@ void AppDelegate::showPopover() {
 }
 
 void AppDelegate::showFloatingWindow() {
+    if (snapshots.empty() && FloatingWindow::isPlacedByCompositor()) return;  // the first ones decide its width
     if (!floatingWindow) {
         floatingWindow = std::make_unique<FloatingWindow>(&floatingContainer, FloatingContainerView::cornerRadius);
         floatingWindow->onMoved = [this] { windowDidMove(); };

@@ -20,13 +20,15 @@ ClickCatcher::ClickCatcher(QWidget* attended)
     popup->installEventFilter(this);
     covered.setSingleShot(true);
     covered.callOnTimeout([this] {
-        onCovered(QCursor::pos());
+        const QPoint pointer = QCursor::pos();
+        onCovered(pointer == knownPointer ? std::nullopt : std::optional(pointer));
         if (!popup || !popup->isVisible()) hide();
     });
 }
 
-void ClickCatcher::cover(const std::function<void(QPoint)>& then) {
+void ClickCatcher::cover(const std::function<void(std::optional<QPoint>)>& then) {
     onCovered = then;
+    knownPointer = QCursor::pos();
     covered.start(mostPatience);
     setGeometry(Screens::desktop());
     show();

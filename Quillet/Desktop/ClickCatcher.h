@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <functional>
+#include <optional>
 
 /// A transparent cover of all screens beneath a popup. Under Xwayland a popup doesn't hear of clicks on other
 /// programs' windows, and would stay open; the cover hears of them.
@@ -11,9 +12,10 @@ class ClickCatcher : public QWidget {
 public:
     explicit ClickCatcher(QWidget* popup);
 
-    /// Calls back when it covers the screens, for the popup to be shown, with where the pointer is: under Xwayland
-    /// only a window beneath it learns that. Stays as long as the popup, or not at all if that isn't shown.
-    void cover(const std::function<void(QPoint pointer)>& then);
+    /// Calls back when it covers the screens, for the popup to be shown, with where the pointer is. Under Xwayland
+    /// only a window beneath the pointer learns that; the place is absent where none was told. Stays as long as
+    /// the popup, or not at all if that isn't shown.
+    void cover(const std::function<void(std::optional<QPoint> pointer)>& then);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -22,6 +24,7 @@ protected:
 
 private:
     const QPointer<QWidget> popup;
-    std::function<void(QPoint)> onCovered;
+    std::function<void(std::optional<QPoint>)> onCovered;
+    QPoint knownPointer;  ///< Before it covered anything: perhaps of long ago.
     QTimer covered;
 };

@@ -5,5 +5,6 @@
 void ContextMenu::show(const MenuItems& items, QPoint position) {
     fillMenu(menu, items);
     if (!Screens::areXwayland()) return menu.popup(position);
-    catcher.cover([this, position](QPoint) { menu.popup(position); });
+    menu.setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu, false);  // to which wlroots gives no keys
+    catcher.cover([this, position](auto) { menu.popup(position); });
 }

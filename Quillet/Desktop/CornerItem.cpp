@@ -78,6 +78,6 @@ void CornerItem::resizeEvent(QResizeEvent*) {
 
 void CornerItem::mouseReleaseEvent(QMouseEvent* event) {
     if (!rect().contains(event->position().toPoint())) return;
-    if (event->button() == Qt::LeftButton) onActivate(geometry());
+    if (event->button() == Qt::LeftButton) onActivate({geometry(), {}});
     if (event->button() == Qt::RightButton) menu.show(content.menu, mapToGlobal(rect().bottomLeft()));
 }

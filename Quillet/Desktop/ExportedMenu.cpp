@@ -13,7 +13,7 @@ namespace {
 
 const QString interfaceName = QStringLiteral("com.canonical.dbusmenu");
 constexpr int rootID = 0;
-constexpr int openTime = 3000;  // milliseconds; some hosts never tell that they closed the menu
+constexpr int openTime = 10000;  // milliseconds; some hosts never tell that they closed the menu
 
 const char* const description = R"xml(<interface name="com.canonical.dbusmenu">
 <property name="Version" type="u" access="read"/>
@@ -136,9 +136,7 @@ ExportedMenu::ExportedMenu(const QDBusConnection& connection, const QString& obj
     registerTypes();
     mayBeOpen.setSingleShot(true);
     mayBeOpen.setInterval(openTime);
-    mayBeOpen.callOnTimeout([this] {
-        if (waiting) publish();
-    });
+    mayBeOpen.callOnTimeout([this] { closed(); });
     bus.registerVirtualObject(path, this);
 }
 
@@ -176,6 +174,13 @@ const ExportedMenu::Row* ExportedMenu::find(int id) const {
 /// Opening it again while changes wait doesn't make them wait longer.
 void ExportedMenu::opened() {
     if (!waiting) mayBeOpen.start();
+    if (onOpenChange) onOpenChange(true);
+}
+
+void ExportedMenu::closed() {
+    mayBeOpen.stop();
+    if (onOpenChange) onOpenChange(false);
+    if (waiting) publish();
 }
 
 /// The action runs from the event loop: it may take the status item away, and this menu with it. A click closes
@@ -184,20 +189,16 @@ void ExportedMenu::opened() {
 void ExportedMenu::chosen(int id) {
     const Row* row = find(id);
     if (!row || !row->item.action) return;
-    mayBeOpen.stop();
     QMetaObject::invokeMethod(qApp, row->item.action, Qt::QueuedConnection);
     waiting = true;
     QMetaObject::invokeMethod(
-        this, [this] { publish(); }, Qt::QueuedConnection);
+        this, [this] { closed(); }, Qt::QueuedConnection);
 }
 
 void ExportedMenu::handleEvent(int id, const QString& kind) {
     if (kind == "clicked") chosen(id);
     if (kind == "opened") opened();
-    if (kind == "closed" && id == rootID) {
-        mayBeOpen.stop();
-        if (waiting) publish();
-    }
+    if (kind == "closed" && id == rootID) closed();
 }
 
 QVariantList ExportedMenu::getLayout(const QVariantList& arguments) {

@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QDBusVirtualObject>
 #include <QTimer>
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -17,6 +18,9 @@ public:
     /// A host that has the menu open closes it or cuts it off when rows change, so changes wait while it may be
     /// open.
     void setItems(MenuItems items);
+
+    /// Not every host tells that it closed the menu; it then counts as open for some seconds.
+    std::function<void(bool mayBeOpen)> onOpenChange;
 
 private:
     struct Row {
@@ -37,6 +41,7 @@ private:
 
     const Row* find(int id) const;
     void opened();
+    void closed();
     void chosen(int id);
     void handleEvent(int id, const QString& kind);
     void publish();

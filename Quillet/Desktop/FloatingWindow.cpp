@@ -16,10 +16,6 @@ constexpr auto bare = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopH
 
 constexpr int pictureDelay = 50;  // milliseconds until a compositor has the picture of a window that grew
 
-bool isWayland() {
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-}
-
 /// Unmanaged where that exists: no window manager keeps a managed window above full-screen ones, on every
 /// workspace and away from the focus. A Wayland compositor would not show an unmanaged one at all.
 Qt::WindowFlags windowForm() {
@@ -66,11 +62,18 @@ FloatingWindow::~FloatingWindow() {
     if (content) content->setParent(nullptr);
 }
 
+bool FloatingWindow::isPlacedByCompositor() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
 void FloatingWindow::setFrame(const QRect& frame) {
-    if (isWayland()) setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
+    const bool isShownAnew = isPlacedByCompositor() && isVisible() && frame.size() != size();
+    if (isShownAnew) QWidget::setVisible(false);
+    if (isPlacedByCompositor()) setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
     if (drag) drag->frame = frame;
     if (!drag || !drag->within) setGeometry(frame);
     if (content) content->setGeometry(frame.translated(-pos()));
+    if (isShownAnew) QWidget::setVisible(true);
 }
 
 Point FloatingWindow::origin() const {
@@ -92,19 +95,30 @@ void FloatingWindow::resizeKeepingOrigin(QSize size) {
 
 void FloatingWindow::setVisible(bool visible) {
     wanted = visible;
-    QWidget::setVisible(wanted && !givingWay);
+    QWidget::setVisible(wanted && givingWayTo.empty());
     raisePopup();
 }
 
-void FloatingWindow::setGivesWay(bool gives) {
-    if (gives == givingWay) return;
-    givingWay = gives;
-    QWidget::setVisible(wanted && !givingWay);
+void FloatingWindow::makeWay(const void* whom, const QRect& area) {
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        auto* const bar = dynamic_cast<FloatingWindow*>(window);
+        if (bar) bar->setGivesWay(whom, bar->frame().intersects(area));
+    }
+}
+
+void FloatingWindow::setGivesWay(const void* whom, bool gives) {
+    if (gives) {
+        givingWayTo.insert(whom);
+    } else {
+        givingWayTo.erase(whom);
+    }
+    const bool shows = wanted && givingWayTo.empty();
+    if (shows != isVisible()) QWidget::setVisible(shows);
 }
 
 void FloatingWindow::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
-    if (isWayland()) {
+    if (isPlacedByCompositor()) {
         windowHandle()->startSystemMove();  // where windows don't know their place, the compositor moves them
         return;
     }

@@ -6,6 +6,7 @@
 #include <QWidget>
 #include <functional>
 #include <optional>
+#include <set>
 
 #include "Desktop/Geometry.h"
 
@@ -27,8 +28,12 @@ public:
     void setOrigin(Point origin);
     void resizeKeepingOrigin(QSize size);
 
-    /// Stays away while it would cover a panel that it can't be put under.
-    void setGivesWay(bool givesWay);
+    /// Bars that can't be put under what `whom` shows at `area` stay away until it calls with an empty one.
+    static void makeWay(const void* whom, const QRect& area);
+
+    /// Windows neither know nor choose their place, and keep the size that they are first shown with.
+    static bool isPlacedByCompositor();
+
     void setVisible(bool visible) override;
 
     /// Of the bar itself, in the toolkit's coordinates; while it is dragged the window may be larger.
@@ -53,6 +58,7 @@ private:
     };
 
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
+    void setGivesWay(const void* whom, bool givesWay);
     void setFrame(const QRect& frame);
     void endDrag();
 
@@ -61,5 +67,5 @@ private:
     std::optional<Drag> drag;
     QTimer placing;  ///< Anew, after the window grew.
     bool wanted = false;
-    bool givingWay = false;
+    std::set<const void*> givingWayTo;
 };

@@ -8,7 +8,9 @@
 #include <QtEndian>
 
 #include "Desktop/BusProperties.h"
+#include "Desktop/FloatingWindow.h"
 #include "Desktop/Screens.h"
+#include "Desktop/X11.h"
 
 namespace {
 
@@ -95,6 +97,7 @@ NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host
       onActivate(std::move(activation)),
       service(uniqueService()),
       menu(connection, menuPath) {
+    menu.onOpenChange = [this](bool open) { makeWay(open); };
     qDBusRegisterMetaType<Pixmap>();
     qDBusRegisterMetaType<QList<Pixmap>>();
     qDBusRegisterMetaType<ToolTip>();
@@ -104,6 +107,7 @@ NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host
 
 /// Hosts drop the item when its name goes.
 NotifierItem::~NotifierItem() {
+    makeWay(false);
     bus.unregisterService(service);
     bus.unregisterObject(itemPath);
 }
@@ -126,6 +130,12 @@ void NotifierItem::registerItem() {
         answer->deleteLater();
         if (!answer->isError()) onRegistered();
     });
+}
+
+/// KWin stacks bars above the menus of Wayland panels. Where the menu will be, nobody tells.
+void NotifierItem::makeWay(bool isMenuOpen) const {
+    const bool isCovered = isMenuOpen && Screens::areXwayland() && X11::windowManager() == "KWin";
+    FloatingWindow::makeWay(this, isCovered ? Screens::desktop() : QRect());
 }
 
 void NotifierItem::announce(const char* change) {
@@ -154,11 +164,12 @@ QVariantMap NotifierItem::properties() const {
 }
 
 void NotifierItem::activate(QPoint position) {
+    const QPoint reported = Screens::fromNative(position);
     if (host.tellsPosition) {
         place = QRect(0, 0, cellSize, cellSize);
-        place->moveCenter(Screens::fromNative(position));
+        place->moveCenter(reported);
     }
-    onActivate(place);
+    onActivate({place, reported});
 }
 
 bool NotifierItem::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {

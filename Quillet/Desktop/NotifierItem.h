@@ -23,6 +23,7 @@ private:
     QString introspect(const QString& path) const override;
     QVariantMap properties() const;
     void registerItem();
+    void makeWay(bool isMenuOpen) const;
     void activate(QPoint position);
     void announce(const char* change);
 

@@ -2,8 +2,8 @@
 
 #include <QApplication>
 #include <QKeyEvent>
-#include <QTimer>
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include "Desktop/ClickCatcher.h"
@@ -13,12 +13,11 @@
 
 namespace {
 
-constexpr qint64 reclickTime = 400;   // milliseconds between the press that closes it and the tray host's report
-constexpr qint64 settlingTime = 500;  // within which a compositor that places windows by itself has done so
-constexpr int focusTime = 300;        // until the last word is heard of the focus of a window that went
-constexpr int edgeReach = 48;         // a tray is never farther from its screen's edge
+constexpr qint64 reclickTime = 400;  // milliseconds between the press that closes it and the tray host's report
+constexpr int edgeReach = 48;        // a tray is never farther from its screen's edge
 
-bool isNearEdge(QPoint point, const QRect& area) {
+bool isNearEdge(QPoint point) {
+    const QRect area = Screens::available(point);
     return !area.adjusted(edgeReach, edgeReach, -edgeReach, -edgeReach).contains(point);
 }
 
@@ -74,42 +73,54 @@ QRect Popover::place(const QRect& anchor, QSize size, const QRect& area) {
     return Screens::clamped({QPoint(anchor.x() + (anchor.width() - size.width()) / 2, y), size}, area);
 }
 
-void Popover::show(std::optional<QRect> at) {
-    if (!form) takeForm(bestForm());
-    if (Screens::areXwayland() && (!at || form == Form::caughtPopup)) {
-        catcher->cover([this, at](QPoint pointer) {
-            const QRect area = Screens::available(pointer);
-            anchor = at.value_or(isNearEdge(pointer, area) ? QRect(pointer, QSize(1, 1)) : topRight(area));
+void Popover::show(std::optional<QRect> item, std::optional<QPoint> click) {
+    if (!form) setForm(bestForm());
+    if (Screens::areXwayland() && (!item || form == Form::caughtPopup)) {
+        catcher->cover([this, item, click](std::optional<QPoint> pointer) {
+            anchor = item ? *item : locate(click, pointer);
             open();
             if (form != Form::caughtPopup) catcher->hide();
         });
         return;
     }
     const QPoint pointer = QCursor::pos();
-    anchor = at.value_or(X11::connection() ? QRect(pointer, QSize(1, 1)) : topRight(Screens::available(pointer)));
+    anchor =
+        item.value_or(X11::connection() ? QRect(pointer, QSize(1, 1)) : topRight(Screens::available(pointer)));
     open();
+}
+
+/// A host that counts from elsewhere reports the same click for the same place, so what was found then still
+/// holds.
+QRect Popover::locate(std::optional<QPoint> click, std::optional<QPoint> pointer) {
+    if (pointer && isNearEdge(*pointer)) {
+        lastClick = click;
+        lastPointer = *pointer;
+        return {lastPointer, QSize(1, 1)};
+    }
+    if (click && click == lastClick) return {lastPointer, QSize(1, 1)};
+    if (click && isNearEdge(*click)) return {*click, QSize(1, 1)};
+    return topRight(Screens::available(pointer.value_or(QPoint())));
 }
 
 void Popover::open() {
     orderFocus();
     setFocus();
     follow();
-    shownFor.start();
     QWidget::show();
     if (form == Form::window) activateWindow();
 }
 
-/// Compositors of the wlroots family put every managed window where they see fit.
+/// Under Xwayland only these compositors leave a managed window where it asks to be.
 Popover::Form Popover::bestForm() {
     if (!Screens::areXwayland()) return X11::connection() ? Form::popup : Form::window;
-    return X11::windowManager() == "wlroots wm" ? Form::caughtPopup : Form::window;
+    const std::string compositor = X11::windowManager();
+    return compositor == "KWin" || compositor == "GNOME Shell" ? Form::window : Form::caughtPopup;
 }
 
-void Popover::takeForm(Form taken) {
-    form = taken;
-    const Qt::WindowFlags type = taken == Form::window ? Qt::Tool | Qt::WindowStaysOnTopHint : Qt::Popup;
+void Popover::setForm(Form best) {
+    form = best;
+    const Qt::WindowFlags type = best == Form::window ? Qt::Tool | Qt::WindowStaysOnTopHint : Qt::Popup;
     setWindowFlags(type | Qt::FramelessWindowHint);
-    dismissedFor.invalidate();
 }
 
 void Popover::close() {
@@ -117,14 +128,12 @@ void Popover::close() {
     dismissedFor.invalidate();
 }
 
-QRect Popover::asked() const {
-    return view ? place(anchor, view->size(), Screens::available(anchor.center())) : geometry();
-}
-
 /// Keeps hanging at the anchor, in the view's size.
 void Popover::follow() {
-    setFixedSize(asked().size());  // a tiling compositor leaves such a window alone
-    move(asked().topLeft());
+    if (!view) return;
+    const QRect place = Popover::place(anchor, view->size(), Screens::available(anchor.center()));
+    setFixedSize(place.size());  // a tiling compositor leaves such a window alone
+    move(place.topLeft());
     setBarsGiveWay(isVisible());
 }
 
@@ -138,11 +147,8 @@ void Popover::orderFocus() {
 
 /// A window that the window manager stacks stands below the bars, which it doesn't.
 void Popover::setBarsGiveWay(bool giveWay) const {
-    const bool covered = giveWay && form == Form::window && Screens::areXwayland();
-    for (QWidget* const window : QApplication::topLevelWidgets()) {
-        auto* const bar = dynamic_cast<FloatingWindow*>(window);
-        if (bar) bar->setGivesWay(covered && bar->frame().intersects(geometry()));
-    }
+    const bool isCovered = giveWay && form == Form::window && Screens::areXwayland();
+    FloatingWindow::makeWay(this, isCovered ? geometry() : QRect());
 }
 
 bool Popover::event(QEvent* event) {
@@ -160,16 +166,6 @@ bool Popover::eventFilter(QObject* watched, QEvent* event) {
 void Popover::keyPressEvent(QKeyEvent* event) {
     if (event->key() != Qt::Key_Escape) return QWidget::keyPressEvent(event);
     close();
-}
-
-/// A compositor that doesn't leave the window in its place never will; a popup is placed by itself. It comes when
-/// the window's loss of the focus has been told, which the toolkit closes every popup at.
-void Popover::moveEvent(QMoveEvent*) {
-    const bool settling = isVisible() && form == Form::window && shownFor.elapsed() < settlingTime;
-    if (!settling || !Screens::areXwayland() || pos() == asked().topLeft()) return;
-    QMetaObject::invokeMethod(
-        this, [this] { takeForm(Form::caughtPopup); }, Qt::QueuedConnection);
-    QTimer::singleShot(focusTime, this, [this] { show(anchor); });
 }
 
 void Popover::hideEvent(QHideEvent*) {

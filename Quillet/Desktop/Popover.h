@@ -19,10 +19,10 @@ public:
 
     bool isShown() const;
 
-    /// Under `anchor` (the toolkit's screen coordinates), or over it where there is no room below, wholly on the
-    /// anchor's screen. An absent anchor stands for the pointer where it can be located, else for the top right
-    /// corner.
-    void show(std::optional<QRect> anchor);
+    /// Under the item (Qt's coordinates), or over it where there is no room below, wholly on the item's screen. An
+    /// item whose place is unknown stands where the pointer is found at a screen's edge, else where the click was
+    /// reported, if that is at an edge, else in the top right corner.
+    void show(std::optional<QRect> item, std::optional<QPoint> click = std::nullopt);
     void close();
 
     /// Whether it closed so recently that the click that reaches the item now is the one that closed it.
@@ -35,7 +35,6 @@ protected:
     bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
@@ -47,8 +46,8 @@ private:
 
     void open();
     static Form bestForm();
-    void takeForm(Form form);
-    QRect asked() const;  ///< Where it should be.
+    void setForm(Form best);
+    QRect locate(std::optional<QPoint> click, std::optional<QPoint> pointer);
     void follow();
     void orderFocus();
     void setBarsGiveWay(bool giveWay) const;
@@ -57,6 +56,7 @@ private:
     const std::unique_ptr<ClickCatcher> catcher;
     std::optional<Form> form;
     QRect anchor;
-    QElapsedTimer shownFor;
+    std::optional<QPoint> lastClick;  ///< The newest with which the pointer was found, and where.
+    QPoint lastPointer;
     QElapsedTimer dismissedFor;  ///< Valid once the user dismissed it by turning elsewhere.
 };

@@ -29,13 +29,18 @@ struct StatusContent {
     static std::vector<QImage> sizes(const Picture& picture) { return {picture(1), picture(2)}; }
 };
 
+/// Where a clicked item stands, in Qt's coordinates, as far as its host tells.
+struct ItemPlace {
+    std::optional<QRect> geometry;
+    std::optional<QPoint> reported;  ///< From a host that may count from elsewhere than the screen's corner.
+};
+
 /// The application's place in the desktop's tray, in the form that the desktop has a host for: a StatusNotifier
 /// item, Qt's tray icon where hosts only embed windows, or a small window of its own at the screen's top right
 /// while no host takes it. Hosts may come late, restart and go; the item follows.
 class StatusItem {
 public:
-    /// Called with where the item stands; absent when the host doesn't tell.
-    using Activate = std::function<void(std::optional<QRect> itemGeometry)>;
+    using Activate = std::function<void(const ItemPlace&)>;
 
     explicit StatusItem(Activate onActivate);
     ~StatusItem();

@@ -11,7 +11,7 @@ TrayIcon::TrayIcon(StatusItem::Activate onActivate) {
                      [this, activate = std::move(onActivate)](QSystemTrayIcon::ActivationReason reason) {
                          // The second of two quick clicks comes as a double click, and as nothing else.
                          const bool again = reason == QSystemTrayIcon::DoubleClick;
-                         if (again || reason == QSystemTrayIcon::Trigger) activate(geometry());
+                         if (again || reason == QSystemTrayIcon::Trigger) activate({geometry(), {}});
                      });
     icon.setContextMenu(&menu);
 }

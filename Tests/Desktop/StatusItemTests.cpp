@@ -127,7 +127,7 @@ StatusContent content(QColor color, MenuItems menu = {}) {
 TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     const Session session;
     std::optional<QRect> place;
-    StatusItem item([&](std::optional<QRect> itemGeometry) { place = itemGeometry; });
+    StatusItem item([&](const ItemPlace& clicked) { place = clicked.geometry; });
     item.setContent(content(QColor(1, 2, 3)));
     Host host;
     using Pictures = std::vector<std::pair<int, QByteArray>>;
@@ -177,7 +177,7 @@ TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeIt) {
     const Session session;
     Host host;
     host.takesItems = false;
-    StatusItem item([](std::optional<QRect>) {});
+    StatusItem item([](auto) {});
     item.setContent(content(Qt::white));
     host.start("waybar");
     Host::wait(5500);
@@ -190,7 +190,7 @@ TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeIt) {
 }
 
 TEST(StatusItem, StandsByItselfWithoutASessionBus) {
-    StatusItem item([](std::optional<QRect>) {});
+    StatusItem item([](auto) {});
     auto shown = content(Qt::white);
     shown.toolTip = "Claude: <b>\n  <img src='/dev/zero'> & " + std::string(2000, 'W') + "\n";
     item.setContent(shown);
