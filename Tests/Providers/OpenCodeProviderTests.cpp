@@ -91,5 +91,6 @@ TEST(OpenCodeTokens, AWriteAheadLogIsReadAndNoFileIsTouched) {
         }
         EXPECT_EQ(home.shell(row[0]), 0);
         EXPECT_EQ(nlohmann::json(sumOf(home.at("db"))), row[1]) << row;
+        EXPECT_EQ(home.shell("chmod u+w ."), 0);  // else only root could remove it
     }
 }
