@@ -20,14 +20,34 @@ programsPresent() { type -P "$@" >/dev/null; }
 # The packages of the arguments that dpkg doesn't have.
 missingPackages() {
     local installed wanted alternatives name
-    installed=" $(dpkg-query -W -f '${db:Status-Abbrev}|${Package} ' "${@//|*/}" "${@//*|/}" 2>/dev/null) "
+    installed=" $(dpkg-query -W -f '${db:Status-Abbrev}|${Package} ' "${@//[|?]*/}" "${@//*|/}" 2>/dev/null) "
     for wanted in "$@"; do
-        IFS='|' read -ra alternatives <<<"$wanted"
+        IFS='|?' read -ra alternatives <<<"$wanted"
         for name in "${alternatives[@]}"; do
             [[ $installed == *"ii |$name "* ]] && continue 2
         done
-        printf '%s\n' "${alternatives[0]}"
+        [[ $wanted == *\? ]] && name=$wanted || name=${alternatives[0]}
+        printf '%s\n' "$name"
     done
+}
+
+# offeredPackages <name…>: the same without those that this system may lack and does lack.
+offeredPackages() {
+    local name
+    for name in "$@"; do
+        if [[ $name == *\? && ! $(apt-cache show "${name%\?}" 2>/dev/null) ]]; then
+            say "This system has no package ${name%\?}: what needs it is left out"
+        else
+            printf '%s\n' "${name%\?}"
+        fi
+    done
+}
+
+# mayInstall: as root, or by sudo, which may ask for a password where there is somebody to ask.
+mayInstall() {
+    ((EUID == 0)) && return
+    programsPresent sudo || return
+    sudo -n true 2>/dev/null || { [[ -t 2 ]] && sudo -v; }
 }
 
 aptGet() {
@@ -36,45 +56,49 @@ aptGet() {
     "${asRoot[@]}" apt-get -o DPkg::Lock::Timeout=300 -y -q "$@" </dev/null 9>&-
 }
 
-# The time-out above does not cover the lock of the package lists, which a machine that has just started holds.
+# The timeout above does not cover the lock of the package lists, which a machine that has just started holds.
 updateLists() {
-    local log=$1
     for _ in {1..60}; do
-        LC_ALL=C aptGet update >"$log" 2>&1 && return
-        grep -q 'Could not get lock' "$log" || return
+        LC_ALL=C aptGet update >"$root/build/apt.log" 2>&1 && return
+        grep -q 'Could not get lock' "$root/build/apt.log" || return
         sleep 5
     done
 }
 
 installPackages() {
-    local log="$root/build/apt.log"
     say "Installing $*"
-    updateLists "$log"  # out-of-date lists may still do
-    aptGet install --no-install-recommends --no-remove "$@" >>"$log" 2>&1 && return
-    cat "$log" >&2
+    aptGet install --no-install-recommends --no-remove "$@" >>"$root/build/apt.log" 2>&1 && return
+    cat "$root/build/apt.log" >&2
     return 1
 }
 
-# setUp <command>: afterwards the packages of <command>Packages are there, or it has been said which are not.
-# A stamp spares the question to dpkg as long as the list did not change and the programs can be found.
+# setUp <command>: afterwards the programs of the command are there, or it has been said what to do. Libraries may have
+# come another way than by packages: where packages are missing that can't be installed from here, "advice" says what to
+# do in case that the configuration fails. A stamp spares the question to dpkg as long as the list did not change and
+# the programs can be found.
 setUp() {
     local -n packages=${1}Packages programs=${1}Programs
     local missing
-    stamp="$root/build/.installed-$1"
+    stamp="$root/build/.installed-$1" advice=
     [[ $stamp -nt $root/scripts/lib/packages.sh ]] && programsPresent "${programs[@]}" && return
-    if ! programsPresent apt-get dpkg-query; then
-        programsPresent "${programs[@]}" && return
-        say "There is no apt-get here to install what this needs. Please install what Debian calls"
-        say "    ${packages[*]//|*/}"
-        return 1
+    if programsPresent apt-get dpkg-query; then
+        mapfile -t missing < <(missingPackages "${packages[@]}")
+        ((${#missing[@]})) && mayInstall && updateLists  # out-of-date lists may still do
+        mapfile -t missing < <(offeredPackages "${missing[@]}")
+        if ((${#missing[@]} == 0)) || { mayInstall && installPackages "${missing[@]}"; }; then
+            touch "$stamp"
+            return
+        fi
+        advice="Packages are missing that can't be installed from here. As root, run
+    apt-get install --no-install-recommends ${missing[*]}"
+    else
+        advice="There is no apt-get here. Please install what Debian calls
+    $(missingPackages "${packages[@]}" | tr -d '?' | paste -sd ' ')
+docs/install.md has the names that other distributions use."
     fi
-    mapfile -t missing < <(missingPackages "${packages[@]}")
-    if ((${#missing[@]})) && ! installPackages "${missing[@]}"; then
-        say "These packages are missing and could not be installed: ${missing[*]}"
-        programsPresent "${programs[@]}"
-        return
-    fi
-    touch "$stamp"
+    programsPresent "${programs[@]}" && return
+    say "$advice"
+    return 1
 }
 
 # logged <log> <command…>: the output goes to the log. The first step of a build that has work to do is announced.
@@ -111,7 +135,8 @@ configure() {
         rm -f "$stamp"
         setUp "$command" || return
         if ! logged "$dir/configure.log" cmake -S "$root" --preset "$preset" --fresh "$@"; then
-            cat "$dir/configure.log" >&2
+            sed -n '/^CMake Error/,$p' "$dir/configure.log" >&2
+            [[ -z $advice ]] || say "$advice"
             return 1
         fi
     fi
