@@ -1,0 +1,76 @@
+# shellcheck shell=bash disable=SC2154  # root is of setup.sh
+# Shared by the scripts beside this folder, after setup.sh: bare Debian trees to change into, for which root is needed.
+# They are made with the mirror that apt uses here. What was downloaded is kept for the next time, also for other
+# checkouts.
+
+kept=${XDG_CACHE_HOME:-$HOME/.cache}/quillet/debian
+
+# step <title> <command…>: ends the script if the command fails.
+step() {
+    local start=$SECONDS
+    printf '\n== %s\n' "$1"
+    "${@:2}" 2>&1 || { printf 'FAILED: %s\n' "$1" && exit 1; }
+    printf '(%d s)\n' $((SECONDS - start))
+}
+
+shown() {
+    printf '$ %s\n' "$*"
+    "$@"
+}
+
+# aptSources <suite>: the sources of this machine, for that suite. Unstable has none but its own.
+aptSources() {
+    local uri release part
+    # shellcheck disable=SC2016  # apt's own variables
+    apt-get indextargets --format '$(REPO_URI) $(RELEASE)' 'Created-By: Packages' 'Component: main' 'Origin: Debian' |
+        while read -r uri release; do
+            part=${release#"${release%%-*}"}  # "-security" and the like
+            [[ $part && $1 == @(sid|unstable) ]] || printf 'deb %s %s%s main\n' "$uri" "$1" "$part"
+        done | sort -u
+}
+
+# ownSuite: of this machine.
+ownSuite() { sed -n 's/^VERSION_CODENAME=//p' /etc/os-release; }
+
+# keepBase <suite>
+keepBase() {
+    local base=$kept/$1 mirror
+    [[ -d $base ]] && printf 'kept from an earlier time\n' && return
+    mirror=$(aptSources "$1" | sed -n "s/^deb \(.*\) $1 main\$/\1/p" | head -n 1)
+    [[ $mirror ]] || { printf 'apt has no source of Debian here\n' && return 1; }
+    mkdir -p "$kept" && rm -rf "$base.new" || return
+    unshare --mount debootstrap --variant=minbase "$1" "$base.new" "$mirror" >"$base.log" ||
+        { tail -n 5 "$base.log" && return 1; }
+    mv "$base.new" "$base"
+}
+
+# makeTree <suite> <directory>: makes the tree, which the functions below then work on, as new as its suite is today.
+makeTree() {
+    tree=$2 archives=$kept/$1.archives
+    keepBase "$1" && rm -rf "$tree" && mkdir -p "${tree%/*}" "$archives/partial" && cp -a "$kept/$1" "$tree" || return
+    rm -f "$tree/etc/apt/sources.list" && aptSources "$1" >"$tree/etc/apt/sources.list" || return
+    apt-config dump --no-empty Acquire >"$tree/etc/apt/apt.conf.d/00machine" || return
+    cp /etc/resolv.conf /etc/hosts "$tree/etc" || return
+    printf '#!/bin/sh\nexit 101\n' >"$tree/usr/sbin/policy-rc.d" && chmod +x "$tree/usr/sbin/policy-rc.d" || return
+    : >"$tree.log"
+    aptInTree update && aptInTree dist-upgrade && aptInTree autoclean
+}
+
+# What is mounted and started ends with the command. The tree is its root directory in full, since no user
+# namespaces are to be had in one that was only changed into.
+inTree() {
+    # shellcheck disable=SC2016
+    unshare --mount --pid --fork --kill-child sh -c '
+        mount --bind "$0" "$0" && mount --bind "$1" "$0/var/cache/apt/archives" && cd "$0" &&
+            mount -t proc proc proc && mount -t sysfs -o ro sysfs sys && mount -t tmpfs tmpfs dev/shm &&
+            mount -t devpts -o newinstance,ptmxmode=0666 devpts dev/pts && ln -snf pts/ptmx dev/ptmx || exit
+        shift
+        pivot_root . mnt && umount -l /mnt && exec "$@"' "$tree" "$archives" \
+        env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"
+}
+
+aptInTree() {
+    local before
+    before=$(wc -l <"$tree.log")
+    inTree apt-get -y -q "$@" >>"$tree.log" 2>&1 || { tail -n +"$((before + 1))" "$tree.log" | tail -n 20 && return 1; }
+}
