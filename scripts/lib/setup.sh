@@ -135,8 +135,11 @@ configure() {
         rm -f "$stamp"
         setUp "$command" || return
         if ! logged "$dir/configure.log" cmake -S "$root" --preset "$preset" --fresh "$@"; then
-            sed -n '/^CMake Error/,$p' "$dir/configure.log" >&2
-            [[ -z $advice ]] || say "$advice"
+            if [[ $advice ]]; then
+                say "$advice" && say "What CMake says is in build/$preset/configure.log."
+            else
+                cat "$dir/configure.log" >&2
+            fi
             return 1
         fi
     fi
