@@ -56,6 +56,11 @@ makeTree() {
     aptInTree update && aptInTree dist-upgrade && aptInTree autoclean
 }
 
+# copySources <directory of the tree>: what a release would have of this checkout.
+copySources() {
+    mkdir "$tree$1" && tar -C "$root" --exclude=./build --exclude=./.git -c . | tar -C "$tree$1" -x
+}
+
 # What is mounted and started ends with the command. The tree is its root directory in full, since no user
 # namespaces are to be had in one that was only changed into.
 inTree() {
