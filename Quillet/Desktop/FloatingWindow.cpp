@@ -66,8 +66,13 @@ bool FloatingWindow::isPlacedByCompositor() {
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
+QRect FloatingWindow::frame() const {
+    if (drag) return drag->frame;
+    return content ? content->geometry().translated(pos()) : geometry();
+}
+
 void FloatingWindow::setFrame(const QRect& frame) {
-    const bool isShownAnew = isPlacedByCompositor() && isVisible() && frame.size() != size();
+    const bool isShownAnew = isPlacedByCompositor() && isVisible() && frame.size() != this->frame().size();
     if (isShownAnew) QWidget::setVisible(false);
     if (isPlacedByCompositor()) setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
     if (drag) drag->frame = frame;

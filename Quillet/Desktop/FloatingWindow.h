@@ -36,8 +36,9 @@ public:
 
     void setVisible(bool visible) override;
 
-    /// Of the bar itself, in the toolkit's coordinates; while it is dragged the window may be larger.
-    QRect frame() const { return drag ? drag->frame : geometry(); }
+    /// Of the bar itself, in Qt's coordinates. The window may be larger: while it is dragged, and where a
+    /// compositor has a minimum size.
+    QRect frame() const;
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
