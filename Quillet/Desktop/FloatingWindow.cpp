@@ -15,6 +15,7 @@ constexpr auto bare = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopH
                       Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint;
 
 constexpr int pictureDelay = 50;  // milliseconds until a compositor has the picture of a window that grew
+constexpr int focusDelay = 500;   // milliseconds until a compositor has given the focus to a window that it shows
 
 /// Unmanaged where that exists: no window manager keeps a managed window above full-screen ones, on every
 /// workspace and away from the focus. A Wayland compositor would not show an unmanaged one at all.
@@ -64,6 +65,11 @@ FloatingWindow::~FloatingWindow() {
 
 bool FloatingWindow::isPlacedByCompositor() {
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+bool FloatingWindow::hasTakenFocus() {
+    const auto* const bar = dynamic_cast<FloatingWindow*>(QApplication::activeWindow());
+    return bar && bar->shown.isValid() && bar->shown.elapsed() < focusDelay;
 }
 
 QRect FloatingWindow::frame() const {
@@ -159,6 +165,10 @@ void FloatingWindow::endDrag() {
 
 void FloatingWindow::contextMenuEvent(QContextMenuEvent* event) {
     if (onMenu) onMenu(event->globalPos());
+}
+
+void FloatingWindow::showEvent(QShowEvent*) {
+    shown.start();
 }
 
 void FloatingWindow::hideEvent(QHideEvent*) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractNativeEventFilter>
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
@@ -34,6 +35,9 @@ public:
     /// Windows neither know nor choose their place, and keep the size that they are first shown with.
     static bool isPlacedByCompositor();
 
+    /// Whether a bar has the focus only because it came up just now.
+    static bool hasTakenFocus();
+
     void setVisible(bool visible) override;
 
     /// Of the bar itself, in Qt's coordinates. The window may be larger: while it is dragged, and where a
@@ -45,6 +49,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
@@ -67,6 +72,7 @@ private:
     const double cornerRadius;
     std::optional<Drag> drag;
     QTimer placing;  ///< Anew, after the window grew.
+    QElapsedTimer shown;
     bool wanted = false;
     std::set<const void*> givingWayTo;
 };

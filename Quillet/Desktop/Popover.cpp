@@ -152,7 +152,11 @@ void Popover::setBarsGiveWay(bool giveWay) const {
 }
 
 bool Popover::event(QEvent* event) {
-    if (event->type() == QEvent::WindowDeactivate && form == Form::window) hide();
+    if (event->type() == QEvent::WindowDeactivate && form == Form::window) {
+        hide();
+        // On native Wayland what is shown last gets the focus.
+        if (FloatingWindow::hasTakenFocus()) QMetaObject::invokeMethod(this, &QWidget::show, Qt::QueuedConnection);
+    }
     if (event->type() == QEvent::Show) setBarsGiveWay(true);
     return QWidget::event(event);
 }
