@@ -106,6 +106,7 @@ void Popover::open() {
     orderFocus();
     setFocus();
     follow();
+    if (form == Form::window && X11::connection()) X11::leaveTaskBar(this);  // Plasma lists tool windows too
     QWidget::show();
     if (form == Form::window) activateWindow();
 }

@@ -4,6 +4,7 @@
 #include <QPainterPath>
 #include <QWidget>
 #include <cstring>
+#include <iterator>
 
 #include "Desktop/Screens.h"
 
@@ -74,6 +75,12 @@ QRect X11::workArea() {
     if (numbers.size() < 4) return {};
     const auto at = [&numbers](std::size_t index) { return static_cast<int>(numbers[index]); };
     return {at(0), at(1), at(2), at(3)};
+}
+
+void X11::leaveTaskBar(QWidget* window) {
+    const xcb_atom_t states[] = {atom("_NET_WM_STATE_SKIP_TASKBAR"), atom("_NET_WM_STATE_SKIP_PAGER")};
+    xcb_change_property(connection(), XCB_PROP_MODE_APPEND, static_cast<xcb_window_t>(window->winId()),
+                        atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, std::size(states), states);
 }
 
 void X11::cutCorners(QWidget* window, double radius) {

@@ -41,6 +41,9 @@ QRect workArea();
 /// Those that a window manager handles.
 std::vector<xcb_window_t> managedWindows();
 
+/// To be called for a window that a window manager handles, each time before it is shown.
+void leaveTaskBar(QWidget* window);
+
 /// Rounds a window's corners, by points, where they can't be transparent.
 void cutCorners(QWidget* window, double radius);
 
