@@ -8,6 +8,7 @@ screenPackages=(dbus-daemon xvfb openbox xdotool x11-utils x11-xserver-utils ima
 testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl "${screenPackages[@]}")
 demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
 tryPackages=("${demoPackages[@]}" "${screenPackages[@]}" mate-panel tint2 sway waybar xwayland grim)
+tryPlasmaPackages=("${tryPackages[@]}" plasma-desktop kwin-x11 breeze fonts-noto-core)
 soakPackages=("${demoPackages[@]}" "${screenPackages[@]}" xrestop)
 benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep xvfb dbus-daemon "trayer?"
     util-linux)
@@ -26,6 +27,7 @@ screenPrograms=(dbus-daemon Xvfb openbox xdotool xprop xwininfo xrandr xsetroot 
 testPrograms=("${runPrograms[@]}" python3 openssl "${screenPrograms[@]}")
 demoPrograms=("${runPrograms[@]}" python3 openssl unshare mount)
 tryPrograms=("${demoPrograms[@]}" "${screenPrograms[@]}" mate-panel tint2 sway waybar Xwayland grim)
+tryPlasmaPrograms=("${tryPrograms[@]}" plasmashell kwin_x11 kded6)
 soakPrograms=("${demoPrograms[@]}" "${screenPrograms[@]}" xev xrestop)
 benchPrograms=("${runPrograms[@]}" python3 openssl sqlite3 curl find grep Xvfb dbus-daemon unshare)
 fuzzPrograms=("${runPrograms[@]}" clang++)
