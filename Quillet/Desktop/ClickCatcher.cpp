@@ -30,7 +30,15 @@ void ClickCatcher::cover(const std::function<void(std::optional<QPoint>)>& then)
     onCovered = then;
     knownPointer = QCursor::pos();
     covered.start(mostPatience);
+    clearMask();
     setGeometry(Screens::desktop());
+    show();
+}
+
+void ClickCatcher::surround(const QRect& window) {
+    covered.stop();
+    setGeometry(Screens::desktop());
+    setMask(QRegion(rect()) - window.translated(-pos()));
     show();
 }
 

@@ -17,6 +17,9 @@ public:
     /// the popup, or not at all if that isn't shown.
     void cover(const std::function<void(std::optional<QPoint> pointer)>& then);
 
+    /// Covers all but a window, which the compositor stacks beneath its cover, for as long as that is open.
+    void surround(const QRect& window);
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void enterEvent(QEnterEvent* event) override;

@@ -78,8 +78,8 @@ void Popover::show(std::optional<QRect> item, std::optional<QPoint> click) {
     if (Screens::areXwayland() && (!item || form == Form::caughtPopup)) {
         catcher->cover([this, item, click](std::optional<QPoint> pointer) {
             anchor = item ? *item : locate(click, pointer);
-            open();
             if (form != Form::caughtPopup) catcher->hide();
+            open();
         });
         return;
     }
@@ -109,6 +109,13 @@ void Popover::open() {
     if (form == Form::window && X11::connection()) X11::leaveTaskBar(this);  // Plasma lists tool windows too
     QWidget::show();
     if (form == Form::window) activateWindow();
+    catchClicks();
+}
+
+/// Mutter leaves a window the focus when its wallpaper is clicked.
+void Popover::catchClicks() {
+    if (form == Form::window && Screens::areXwayland() && X11::windowManager() == "GNOME Shell")
+        catcher->surround(geometry());
 }
 
 /// Under Xwayland only these compositors leave a managed window where it asks to be.
@@ -135,6 +142,7 @@ void Popover::follow() {
     const QRect place = Popover::place(anchor, view->size(), Screens::available(anchor.center()));
     setFixedSize(place.size());  // a tiling compositor leaves such a window alone
     move(place.topLeft());
+    if (isVisible()) catchClicks();
     setBarsGiveWay(isVisible());
 }
 

@@ -48,6 +48,7 @@ private:
     static Form bestForm();
     void setForm(Form best);
     QRect locate(std::optional<QPoint> click, std::optional<QPoint> pointer);
+    void catchClicks();
     void follow();
     void orderFocus();
     void setBarsGiveWay(bool giveWay) const;
