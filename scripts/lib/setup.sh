@@ -78,14 +78,14 @@ installPackages() {
 # the programs can be found.
 setUp() {
     local -n packages=${1}Packages programs=${1}Programs
-    local missing
+    local missing may=
     stamp="$root/build/.installed-$1" advice=
     [[ $stamp -nt $root/scripts/lib/packages.sh ]] && programsPresent "${programs[@]}" && return
     if programsPresent apt-get dpkg-query; then
         mapfile -t missing < <(missingPackages "${packages[@]}")
-        ((${#missing[@]})) && mayInstall && updateLists  # out-of-date lists may still do
+        ((${#missing[@]})) && mayInstall && may=1 && updateLists  # out-of-date lists may still do
         mapfile -t missing < <(offeredPackages "${missing[@]}")
-        if ((${#missing[@]} == 0)) || { mayInstall && installPackages "${missing[@]}"; }; then
+        if ((${#missing[@]} == 0)) || { [[ $may ]] && installPackages "${missing[@]}"; }; then
             touch "$stamp"
             return
         fi
