@@ -10,7 +10,9 @@ say() { printf '%s\n' "$*" >&2; }
 
 # One set-up at a time, so that two commands started together don't build over each other.
 lockBuild() {
-    mkdir -p "$root/build" && exec 9>"$root/build/.lock" || return
+    { mkdir -p "$root/build" && touch "$root/build/.lock"; } 2>/dev/null ||
+        { say "This needs to write in $root/build. Does it belong to another user?" && return 1; }
+    exec 9>"$root/build/.lock"
     flock -w 2 9 || { say "Waiting for another build of this tree" && flock 9; }
 }
 unlockBuild() { exec 9>&-; }

@@ -1,7 +1,7 @@
 # shellcheck shell=bash disable=SC2154  # root is of setup.sh
 # Shared by the scripts beside this folder, after setup.sh: bare Debian trees to change into, for which root is needed.
 # They are made with the mirror that apt uses here. What was downloaded is kept for the next time, also for other
-# checkouts.
+# checkouts; it may be deleted at any time.
 
 kept=${XDG_CACHE_HOME:-$HOME/.cache}/quillet/debian
 
@@ -37,16 +37,20 @@ keepBase() {
     local base=$kept/$1 mirror
     [[ -d $base ]] && printf 'kept from an earlier time\n' && return
     mirror=$(aptSources "$1" | sed -n "s/^deb \(.*\) $1 main\$/\1/p" | head -n 1)
-    [[ $mirror ]] || { printf 'apt has no source of Debian here\n' && return 1; }
-    mkdir -p "$kept" && rm -rf "$base.new" || return
+    [[ $mirror ]] || { printf 'apt knows no source of Debian here\n' && return 1; }
+    rm -rf "$base.new" || return
     unshare --mount debootstrap --variant=minbase "$1" "$base.new" "$mirror" >"$base.log" ||
         { tail -n 5 "$base.log" && return 1; }
     mv "$base.new" "$base"
 }
 
-# makeTree <suite> <directory>: makes the tree, which the functions below then work on, as new as its suite is today.
+# makeTree <suite> <directory>: makes the tree, which the functions below then work on, as new as its suite is today. Until
+# it is dropped, others wait that want one of the same suite, with which it shares what apt downloads.
 makeTree() {
     tree=$2 archives=$kept/$1.archives
+    mkdir -p "$kept" && exec 8>"$kept/$1.lock" || return
+    flock -n 8 || { printf 'Waiting for others that use this suite\n' && flock 8; } || return
+    [[ $(aptSources "$1") ]] || updateLists
     keepBase "$1" && rm -rf "$tree" && mkdir -p "${tree%/*}" "$archives/partial" && cp -a "$kept/$1" "$tree" || return
     rm -f "$tree/etc/apt/sources.list" && aptSources "$1" >"$tree/etc/apt/sources.list" || return
     apt-config dump --no-empty Acquire >"$tree/etc/apt/apt.conf.d/00machine" || return
@@ -56,7 +60,9 @@ makeTree() {
     aptInTree update && aptInTree dist-upgrade && aptInTree autoclean
 }
 
-# copySources <directory of the tree>: what a release would have of this checkout.
+dropTree() { rm -rf "$tree" && exec 8>&-; }
+
+# copySources <directory of the tree>: all of this checkout but what was built and its history.
 copySources() {
     mkdir "$tree$1" && tar -C "$root" --exclude=./build --exclude=./.git -c . | tar -C "$tree$1" -x
 }
