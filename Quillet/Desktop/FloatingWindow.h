@@ -32,7 +32,7 @@ public:
     /// Bars that can't be put under what `whom` shows at `area` stay away until it calls with an empty one.
     static void makeWay(const void* whom, const QRect& area);
 
-    /// Windows neither know nor choose their place, and keep the size that they are first shown with.
+    /// Whether windows neither know nor choose their place, and keep the size that they are first shown with.
     static bool isPlacedByCompositor();
 
     /// Whether a bar has the focus only because it came up just now.

@@ -34,7 +34,7 @@ struct TrackColors {
     Color dot;  ///< In the middle of a track without a level.
 };
 constexpr TrackColors onDark{Color::white(0.16), Color::white(0.3)};
-constexpr TrackColors onAnyGround{Color::grey(0.5, 0.5), Color::grey(0.5, 0.5)};  // light panels and dark ones
+constexpr TrackColors onLightOrDark{Color::grey(0.5, 0.5), Color::grey(0.5, 0.5)};  // panels
 
 constexpr struct {
     double side = 22;
@@ -109,7 +109,7 @@ void drawSquareRow(Canvas& canvas, const Piece& piece, double y, double height) 
     const double alpha = piece.connected ? summary.connectedAlpha : summary.disconnectedAlpha;
     canvas.fillRounded({square.margin, y, square.stubWidth, height}, radius, piece.accent.withAlpha(alpha));
     Rect bar{square.barX, y, square.side - square.margin - square.barX, height};
-    canvas.fillRounded(bar, radius, onAnyGround.track);
+    canvas.fillRounded(bar, radius, onLightOrDark.track);
     if (!piece.fill) return;
     bar.width = std::max(bar.width * *piece.fill, 2 * radius);
     canvas.fillRounded(bar, radius, piece.color);
@@ -133,7 +133,7 @@ QImage StatusSummary::render(const Snapshots& snapshots, const std::vector<Provi
 
 QImage StatusSummary::renderForTray(const Snapshots& snapshots, const std::vector<Provider>& providers,
                                     double scale) {
-    return drawWide(pieces(snapshots, providers), square.side, onAnyGround, scale);
+    return drawWide(pieces(snapshots, providers), square.side, onLightOrDark, scale);
 }
 
 QImage StatusSummary::renderSquare(const Snapshots& snapshots, const std::vector<Provider>& providers,

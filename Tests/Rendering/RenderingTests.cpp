@@ -48,7 +48,7 @@ double contrast(int one, int other) {
     return luminance(std::max(one, other)) / luminance(std::min(one, other));
 }
 
-TEST(StatusSummary, TracksAndDotsShowOnEveryPanelOfATray) {
+TEST(StatusSummary, TracksAndDotsShowOnLightAndDarkPanels) {
     for (const int ground : {255, 246, 51, 0}) {
         const QImage tray = StatusSummary::renderForTray({}, {Provider::gemini}, 2);
         QImage seen(tray.size(), QImage::Format_RGB32);
