@@ -99,8 +99,10 @@ std::array<Idle, 2> whileIdle(const std::array<const Process*, 2>& programs) {
 }  // namespace
 
 void Desktop::run(const HTTPSServer& server, bool verbose) {
-    if (std::system("command -v trayer >/dev/null") != 0)
-        return void(std::puts("Left out, as trayer is not installed: start and idle"));
+    if (std::system("command -v trayer >/dev/null") != 0) {
+        std::puts("Left out, as trayer is not installed: start and idle");
+        return;
+    }
     trust(server);
     TemporaryHome::write(".config/quillet/config.json",
                          R"({"intervalSeconds":)" + std::to_string(refreshInterval.count()) + "}");

@@ -74,10 +74,9 @@ installPackages() {
     return 1
 }
 
-# setUp <command>: afterwards the programs of the command are there, or it has been said what to do. Libraries may have
-# come another way than by packages: where packages are missing that can't be installed from here, "advice" says what to
-# do in case that the configuration fails. A stamp spares the question to dpkg as long as the list did not change and
-# the programs can be found.
+# setUp <command>: afterwards the programs of the command are there, or it has been said what to do. Libraries may be
+# there without their packages, so where those can't be installed, "advice" waits until the configuration fails. A stamp
+# spares the question to dpkg as long as the list did not change and the programs can be found.
 setUp() {
     local -n packages=${1}Packages programs=${1}Programs
     local missing may=

@@ -3,6 +3,7 @@
 # They are made with the mirror that apt uses here. What was downloaded is kept for the next time, also for other
 # checkouts; it may be deleted at any time.
 
+((EUID == 0)) || { say "This needs root, for a tree to change into: sudo $0" && exit 1; }
 kept=${XDG_CACHE_HOME:-$HOME/.cache}/quillet/debian
 
 # step <title> <command…>: ends the script if the command fails.
@@ -80,8 +81,9 @@ inTree() {
         env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"
 }
 
-aptInTree() {
-    local before
-    before=$(wc -l <"$tree.log")
-    inTree apt-get -y -q "$@" >>"$tree.log" 2>&1 || { tail -n +"$((before + 1))" "$tree.log" | tail -n 20 && return 1; }
+aptInTree() { inTree apt-get -y -q "$@" >>"$tree.log" 2>&1 || { tail -n 20 "$tree.log" && return 1; }; }
+
+# installFiles <package file…>
+installFiles() {
+    cp "$@" "$tree/root" && aptInTree install --no-install-recommends "${@/#*\//\/root/}" && rm "$tree/root"/*.deb
 }
