@@ -16,7 +16,8 @@ void tryClaude(std::string_view text) {
     const auto file = ClaudeProvider::decodeCredentials(text);
     if (!file) return;
     const auto& login = file->claudeAiOauth;
-    require(isUTF8(login.accessToken) && isUTF8(login.subscriptionType.value_or("")));
+    require(!login.accessToken.empty() && isUTF8(login.accessToken) &&
+            isUTF8(login.subscriptionType.value_or("")));
     require(!login.expiresAt || std::isfinite(*login.expiresAt));
     require(!ClaudeProvider::decodeCredentials(cut(text)));
 

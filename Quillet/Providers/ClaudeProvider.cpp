@@ -60,7 +60,7 @@ std::optional<ClaudeProvider::CredentialsFile> ClaudeProvider::decodeCredentials
     const auto accessToken = oauth->text("accessToken");
     const auto subscriptionType = oauth->text("subscriptionType");
     const auto expiresAt = oauth->number("expiresAt");
-    if (!accessToken || document->mismatched()) return std::nullopt;
+    if (!accessToken || accessToken->empty() || document->mismatched()) return std::nullopt;
     return CredentialsFile{{*accessToken, subscriptionType, expiresAt}};
 }
 

@@ -31,6 +31,7 @@ public:
     /// Blocks on files and for up to 10 seconds on the network. Every problem is inside the snapshot.
     UsageSnapshot collect() const;
 
+    /// Absent without a token: the tool leaves an empty one behind when the user signs out.
     static std::optional<CredentialsFile> decodeCredentials(std::string_view text);
     static std::optional<LiveUsage> decodeUsage(std::string_view body);
     static void fill(UsageSnapshot& snapshot, const LiveUsage& usage);
