@@ -92,8 +92,11 @@ std::optional<std::string> ClaudeProvider::modelIDInLog(std::string_view text) {
 
 std::optional<std::string> ClaudeProvider::currentModelID() {
     const auto path = LocalFiles::newestFile(logFolder, logSuffix);
-    const auto text = path ? LocalFiles::tail(*path, logTail) : std::nullopt;
-    return text ? modelIDInLog(*text) : std::nullopt;
+    if (!path) return std::nullopt;
+    const auto text = LocalFiles::tail(*path, logTail);
+    const auto model = text ? modelIDInLog(*text) : std::nullopt;
+    const std::lock_guard guard(lock);
+    return lastModel.update(*path, model);
 }
 
 std::optional<ClaudeProvider::OAuth> ClaudeProvider::readCredentials() {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Model/UsageSnapshot.h"
+#include "Providers/LastReading.h"
 
 /// Claude's usage, from its usage endpoint with the login that its own tool keeps, and the model from its session
 /// logs. Instances share one process-wide state and may be used from several threads.
@@ -47,8 +48,9 @@ private:
     static std::optional<std::string> currentModelID();
     static std::optional<LiveUsage> requestUsage(const OAuth& login);
 
-    static inline std::mutex lock;  // guards the three below; never held while a request is in flight
+    static inline std::mutex lock;  // guards all below; never held while a log is read or a request is in flight
     static inline std::optional<OAuth> cachedToken;
     static inline std::optional<Instant> lastFailedReadAt;  // absent after a successful read
     static inline std::optional<TimedSnapshot> liveCache;   // of the last good reply
+    static inline LastReading<std::string> lastModel;
 };

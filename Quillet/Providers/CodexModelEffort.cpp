@@ -61,10 +61,16 @@ CodexProvider::ModelEffort CodexProvider::modelEffortInConfig(std::string_view t
     return found;
 }
 
+std::optional<CodexProvider::ModelEffort> CodexProvider::modelEffortOfSession(const std::string& path) {
+    const auto text = LocalFiles::tail(path, sessionTail);
+    const auto turn = text ? modelEffortInLog(*text) : std::nullopt;
+    const std::lock_guard guard(lock);
+    return lastTurn.update(path, turn);
+}
+
 CodexProvider::ModelEffort CodexProvider::currentModelEffort() {
     const auto path = LocalFiles::newestFile(sessionFolder, sessionSuffix);
-    const auto log = path ? LocalFiles::tail(*path, sessionTail) : std::nullopt;
-    if (const auto turn = log ? modelEffortInLog(*log) : std::nullopt) return *turn;
+    if (const auto turn = path ? modelEffortOfSession(*path) : std::nullopt) return *turn;
 
     const auto config = LocalFiles::text(HomeDirectory::expanding(configPath));
     return config ? modelEffortInConfig(*config) : ModelEffort{};

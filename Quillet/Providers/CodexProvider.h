@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Model/UsageSnapshot.h"
+#include "Providers/LastReading.h"
 
 /// Codex's usage, from its usage endpoint with the login that its own tool keeps, and the model and effort from
 /// that tool's session logs or configuration. Instances share one cache and may be used from several threads.
@@ -55,9 +56,11 @@ public:
 private:
     friend class CollectorReset;
 
+    static std::optional<ModelEffort> modelEffortOfSession(const std::string& path);
     static std::optional<AuthFile> readAuth();
     static std::optional<APIUsage> requestUsage(const AuthFile::Tokens& login);
 
-    static inline std::mutex lock;  // guards liveCache; never held over files or a request
+    static inline std::mutex lock;  // guards both below; never held over files or a request
     static inline std::optional<TimedSnapshot> liveCache;
+    static inline LastReading<ModelEffort> lastTurn;
 };

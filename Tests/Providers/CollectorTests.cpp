@@ -20,7 +20,9 @@ public:
         ClaudeProvider::cachedToken.reset();
         ClaudeProvider::lastFailedReadAt.reset();
         ClaudeProvider::liveCache.reset();
+        ClaudeProvider::lastModel = {};
         CodexProvider::liveCache.reset();
+        CodexProvider::lastTurn = {};
     }
 };
 

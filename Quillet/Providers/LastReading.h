@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+/// What was last read from the end of the newest log. It stands in while that log's end says nothing: it may be
+/// cut inside a character, and a long turn pushes the line that a collector looks for out of it.
+template <typename Value>
+class LastReading {
+public:
+    /// Keeps `value`, as read from `log` now, and gives it back; without one, what was kept of the same log.
+    std::optional<Value> update(const std::string& log, const std::optional<Value>& value) {
+        if (value) {
+            keptLog = log;
+            kept = value;
+        }
+        return keptLog == log ? kept : std::nullopt;
+    }
+
+private:
+    std::string keptLog;
+    std::optional<Value> kept;
+};
