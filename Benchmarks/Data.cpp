@@ -5,6 +5,9 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "Platform/Clock.h"
+#include "Support/ISO8601.h"
+#include "Support/Text.h"
 #include "Tests/Support/TemporaryHome.h"
 
 namespace fs = std::filesystem;
@@ -39,6 +42,22 @@ std::string Data::log(std::size_t size) {
                 events[line % 4] + R"(,"session":"6f1d2c3b-9a58-4e47-8f00-1234567890ab","id":)" +
                 std::to_string(line) + "}\n";
     }
+    text.resize(size);
+    return text;
+}
+
+std::string Data::chat(std::size_t size) {
+    static constexpr const char* header = R"({"sessionId":"7a83a1b7","projectHash":"1101","kind":"main"})";
+    static constexpr const char* turn = R"(
+{"id":"6f1d2c3b-9a58-4e47-8f00-u-NUMBER","timestamp":"NOW","type":"user","content":[{"text":"WORDS"}]}
+{"$set":{"lastUpdated":"NOW"}}
+{"id":"6f1d2c3b-9a58-4e47-8f00-a-NUMBER","timestamp":"NOW","type":"gemini","content":"WORDS WORDS WORDS","thoughts":[],"tokens":{"input":1000,"output":50,"cached":200,"total":1070},"model":"gemini-3-pro"})";
+    const std::string words = "The parser reads the request from line 120 on and calls generateContent with it.";
+    const std::string now = ISO8601::format(Clock::now()).value_or("");
+    const std::string filled = Text::replacing(Text::replacing(turn, "NOW", now), "WORDS", words);
+    std::string text = header;
+    for (int number = 0; text.size() < size; ++number)
+        text += Text::replacing(filled, "NUMBER", std::to_string(number));
     text.resize(size);
     return text;
 }

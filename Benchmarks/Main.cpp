@@ -11,6 +11,7 @@
 #include "Desktop.h"
 #include "Pictures.h"
 #endif
+#include "Platform/HomeDirectory.h"
 #include "Providers/GeminiProvider.h"
 #include "Providers/OpenCodeProvider.h"
 #include "Support/HTTP.h"
@@ -98,21 +99,21 @@ void openCodeTokens() {
     compare("OpenCode's tokens in 200,000 messages : the sqlite3 shell", 11, sum, shell, 1.1);
 }
 
-void geminiRequests() {
-    std::vector<std::string> grep = {"grep", "-c", "-h", "-e", "request", "-e", "generateContent"};
-    const std::string lines = Data::log(tailSize);
+/// Against grep over 200 files with this text, of which `counted` is a pattern of what counts.
+void geminiRequests(const std::string& name, const std::string& text, const std::string& counted) {
+    const std::string home = "gemini-" + name;
+    TemporaryHome::write(home + "/.gemini/oauth_creds.json", "{}");
     for (int file = 0; file < 200; ++file)
-        grep.push_back(TemporaryHome::write("gemini/tmp/" + std::to_string(file) + "/chat.jsonl", lines));
-    const std::string dir = TemporaryHome::at("gemini");
-    long counted = 0;
-    std::string output = run(grep);
-    for (char* at = output.data(); *at; ++at)
-        counted += std::strtol(at, &at, 10);
-    requireSame("Gemini's requests", std::to_string(GeminiProvider::requestsToday(dir).value_or(-1)),
-                std::to_string(counted));
+        TemporaryHome::write(home + "/.gemini/tmp/" + std::to_string(file) + "/chats/session.jsonl", text);
+    const std::string before = HomeDirectory::exchangeOverride(TemporaryHome::at(home));
+    const std::string lines =
+        run({"sh", "-c", "grep -rhE '" + counted + "' " + TemporaryHome::at(home) + " | wc -l"});
+    requireSame("Gemini's requests", GeminiProvider().collect().error.value_or("none"),
+                std::to_string(std::stol(lines)) + " reqs today");
     compare(
-        "Gemini's requests in 200 logs of 256 KiB : grep -c", 31, [&] { GeminiProvider::requestsToday(dir); },
-        program(grep), 1);
+        "Gemini's requests in 200 " + name + " of 256 KiB : grep -c", 31, [] { GeminiProvider().collect(); },
+        program({"grep", "-rch", "-e", "request", "-e", "generateContent", TemporaryHome::at(home)}), 1);
+    HomeDirectory::exchangeOverride(before);
 }
 
 void request(const HTTPSServer& server) {
@@ -144,7 +145,8 @@ int main(int argc, char** argv) {
     newestFile();
     tail();
     openCodeTokens();
-    geminiRequests();
+    geminiRequests("logs", Data::log(tailSize), "request|generateContent");
+    geminiRequests("chats", Data::chat(tailSize), "\"type\":\"gemini\".*}$");
     const HTTPSServer server;
     collectorPass(server);
     request(server);

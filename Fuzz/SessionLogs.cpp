@@ -3,6 +3,7 @@
 #include "Fuzz.h"
 #include "Providers/ClaudeProvider.h"
 #include "Providers/CodexProvider.h"
+#include "Providers/GeminiChat.h"
 
 namespace {
 
@@ -32,9 +33,24 @@ void tryCodex(const std::string& text) {
             oldest->effort == (turn ? turn->effort : "e"));
 }
 
+void tryGemini(const std::string& text) {
+    constexpr Instant since = 1749978000;
+    const std::string line =
+        R"({"id":"not in the text","timestamp":"2025-06-15T10:00:00.000Z","type":"gemini","model":"m"})";
+    const auto answers = GeminiChat::answers(text, since);
+    require(answers >= 0 && answers <= static_cast<std::int64_t>(text.size()));
+    const bool isKnown = text.find("not in the text") != std::string::npos;
+    require(isKnown || GeminiChat::answers(text + '\n' + line + '\n' + line, since) == answers + 1);
+    require(GeminiChat::answers(text, since + 1e12) == 0);
+    require(GeminiChat::newestModel(text + '\n' + line) == "m");
+    require(GeminiChat::newestModel(line + '\n' + text) == GeminiChat::newestModel(text).value_or("m"));
+}
+
 }  // namespace
 
 void tryInput(std::string_view text) {
     tryClaude(std::string(text));
     tryCodex(std::string(text));
+    tryGemini(std::string(text));
+    GeminiChat::isBeginning(text);
 }

@@ -60,6 +60,12 @@ std::optional<std::string> RegularFile::contents(const std::string& path) {
     return readFrom(file, 0, *size);
 }
 
+std::optional<std::string> RegularFile::beginning(const std::string& path, std::size_t maxBytes) {
+    const auto file = openForReading(path);
+    const auto size = regularSize(file);
+    return size ? readFrom(file, 0, std::min(*size, maxBytes)) : std::nullopt;
+}
+
 std::optional<std::string> RegularFile::ending(const std::string& path, std::size_t maxBytes) {
     const auto file = openForReading(path);
     const auto size = regularSize(file);

@@ -1,5 +1,6 @@
-// Gemini's vendor offers no usage endpoint. Its tool logs every request below tmp and logs, without dates on the
-// lines, so a file's own date decides whether it counts for today.
+// Gemini's vendor offers no usage endpoint, but its tool logs below tmp and logs. Its chats give each answer's
+// time and model. Logs of other kinds have no dates on their lines, so a file's own date decides whether it counts
+// for today.
 #include "Providers/GeminiProvider.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include "Model/ModelNaming.h"
 #include "Platform/HomeDirectory.h"
 #include "Platform/RegularFile.h"
+#include "Providers/GeminiChat.h"
 #include "Support/JSON.h"
 #include "Support/LocalFiles.h"
 
@@ -15,9 +17,13 @@ namespace {
 constexpr const char* folder = "~/.gemini";
 constexpr const char* credentialsFile = "/oauth_creds.json";
 constexpr const char* accountsFile = "/google_accounts.json";
-constexpr const char* settingsFiles[] = {"/settings.json", "/config.json"};
+constexpr const char* settingsFile = "/settings.json";
+constexpr const char* modelFiles[] = {settingsFile, "/config.json"};
+constexpr std::string_view apiKeyAuthType = "gemini-api-key";
 constexpr const char* logFolders[] = {"/tmp", "/logs"};
+constexpr std::string_view chatSuffix = ".jsonl";
 constexpr std::size_t logTail = 262144;  // bytes
+constexpr int maxOlderLogs = 16;         // in which a chat is looked for, where none changed today
 constexpr std::string_view requestWords[] = {"request", "generateContent"};
 
 std::optional<JSONObject> objectInFile(const std::string& path) {
@@ -25,8 +31,18 @@ std::optional<JSONObject> objectInFile(const std::string& path) {
     return text ? JSONObject::parse(*text) : std::nullopt;
 }
 
-bool isLog(std::string_view name) {
-    return name.ends_with(".log") || name.ends_with(".jsonl");
+/// How the user chose to sign in; absent where the settings don't tell.
+std::optional<std::string> selectedAuthType(const std::string& dir) {
+    const auto settings = objectInFile(dir + settingsFile);
+    const auto security = settings ? settings->object("security") : std::nullopt;
+    const auto auth = security ? security->object("auth") : std::nullopt;
+    const auto type = auth ? auth->text("selectedType") : std::nullopt;
+    return type && !type->empty() ? type : std::nullopt;
+}
+
+bool isSignedIn(const std::string& dir) {
+    return LocalFiles::exists(dir + credentialsFile) || LocalFiles::exists(dir + accountsFile) ||
+           selectedAuthType(dir);
 }
 
 /// Lines that contain any of the words. The search runs over the whole text and looks for line ends only after a
@@ -48,32 +64,67 @@ std::int64_t requestLines(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::string> GeminiProvider::currentModelID(const std::string& dir) {
-    for (const char* file : settingsFiles) {
+GeminiProvider::Logs GeminiProvider::logsBelow(const std::string& dir) {
+    Logs logs;
+    const auto isLog = [](std::string_view name) { return name.ends_with(".log") || name.ends_with(chatSuffix); };
+    const auto add = [&](const std::string& path, const char* name, Instant modifiedAt) {
+        logs.push_back({path + '/' + name, modifiedAt});
+    };
+    for (const char* below : logFolders) {
+        LocalFiles::forEachFile(dir + below, LocalFiles::Hidden::include, isLog, add);
+    }
+    std::ranges::stable_sort(logs, std::ranges::greater(), &Log::modifiedAt);
+    return logs;
+}
+
+/// By its first line, which is read on its own where the tail may not reach back to it.
+bool GeminiProvider::isChat(const Log& log, std::string_view tail) {
+    if (!log.path.ends_with(chatSuffix)) return false;
+    if (!tail.empty() && tail.size() < logTail) return GeminiChat::isBeginning(tail);
+    const auto beginning = RegularFile::beginning(log.path, GeminiChat::maxHeaderBytes);
+    return beginning && GeminiChat::isBeginning(*beginning);
+}
+
+/// The one that the settings name; they name none where the tool itself chose it.
+std::optional<std::string> GeminiProvider::currentModelID(const std::string& dir, const Logs& logs) {
+    for (const char* file : modelFiles) {
         const auto settings = objectInFile(dir + file);
         if (!settings) continue;
         if (auto model = settings->text("model")) return model;
         if (auto model = settings->text("selectedModel")) return model;
     }
-    return std::nullopt;
+    return modelInNewestChat(logs);
+}
+
+std::optional<std::string> GeminiProvider::modelInNewestChat(const Logs& logs) {
+    const Instant today = Clock::startOfDay(Clock::now());
+    int older = 0;
+    const auto chat = std::ranges::find_if(
+        logs, [&](const Log& log) { return (log.modifiedAt >= today || older++ < maxOlderLogs) && isChat(log); });
+    if (chat == logs.end()) return std::nullopt;
+    const auto tail = LocalFiles::tail(chat->path, logTail);
+    const auto model = tail ? GeminiChat::newestModel(*tail) : std::nullopt;
+    const std::lock_guard guard(lock);
+    return lastModel.update(chat->path, model);
 }
 
 std::optional<std::string> GeminiProvider::planLabel(const std::string& dir) {
+    if (!LocalFiles::exists(dir + credentialsFile)) {
+        return selectedAuthType(dir) == apiKeyAuthType ? std::optional("API") : std::nullopt;
+    }
     const auto credentials = objectInFile(dir + credentialsFile);
     if (!credentials) return std::nullopt;
     return credentials->contains("api_key") ? "API" : "Free";
 }
 
-std::optional<std::int64_t> GeminiProvider::requestsToday(const std::string& dir) {
+std::optional<std::int64_t> GeminiProvider::requestsToday(const Logs& logs) {
     const Instant today = Clock::startOfDay(Clock::now());
     std::optional<std::int64_t> total;
-    const auto addFile = [&](const std::string& logs, const char* name, Instant modifiedAt) {
-        if (modifiedAt < today) return;
-        const auto text = LocalFiles::tail(logs + '/' + name, logTail);
-        if (text) total = total.value_or(0) + requestLines(*text);
-    };
-    for (const char* logs : logFolders) {
-        LocalFiles::forEachFile(dir + logs, LocalFiles::Hidden::include, isLog, addFile);
+    for (const Log& log : logs) {
+        if (log.modifiedAt < today) break;
+        const auto tail = LocalFiles::tail(log.path, logTail);
+        if (!tail) continue;
+        total = total.value_or(0) + (isChat(log, *tail) ? GeminiChat::answers(*tail, today) : requestLines(*tail));
     }
     return total;
 }
@@ -85,13 +136,14 @@ UsageSnapshot GeminiProvider::collect() const {
         snapshot.error = UsageSnapshot::notInstalled;
         return snapshot;
     }
-    if (!LocalFiles::exists(dir + credentialsFile) && !LocalFiles::exists(dir + accountsFile)) {
+    if (!isSignedIn(dir)) {
         snapshot.error = UsageSnapshot::loginRequired;
         return snapshot;
     }
     snapshot.connected = true;
-    snapshot.modelLabel = ModelNaming::displayModel(currentModelID(dir));
+    const Logs logs = logsBelow(dir);
+    snapshot.modelLabel = ModelNaming::displayModel(currentModelID(dir, logs));
     snapshot.planLabel = planLabel(dir);
-    if (const auto requests = requestsToday(dir)) snapshot.error = std::to_string(*requests) + " reqs today";
+    if (const auto requests = requestsToday(logs)) snapshot.error = std::to_string(*requests) + " reqs today";
     return snapshot;
 }

@@ -1,19 +1,38 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Model/UsageSnapshot.h"
+#include "Providers/LastReading.h"
 
-/// Gemini's login, model, plan and the number of requests logged today, all from its tool's own folder. The vendor
-/// reports no percentages; the count stands in the snapshot's `error` while it is connected.
+/// Gemini's login, model, plan and the number of requests logged today, all from its tool's own directory. The
+/// vendor reports no percentages; the count stands in the snapshot's `error` while it is connected. Instances
+/// share what was last read of a chat and may be used from several threads.
 class GeminiProvider {
 public:
     UsageSnapshot collect() const;
 
-    // Each takes the expanded path of the tool's folder.
-    static std::optional<std::string> currentModelID(const std::string& dir);
-    static std::optional<std::string> planLabel(const std::string& dir);       ///< "API" or "Free".
-    static std::optional<std::int64_t> requestsToday(const std::string& dir);  ///< Absent without a log of today.
+private:
+    friend class CollectorReset;
+
+    struct Log {
+        std::string path;
+        Instant modifiedAt;
+    };
+    using Logs = std::vector<Log>;  // newest first
+
+    // `dir` is the expanded path of the tool's directory; `tail` the end of the log where it was read already.
+    static Logs logsBelow(const std::string& dir);
+    static bool isChat(const Log& log, std::string_view tail = {});
+    static std::optional<std::string> currentModelID(const std::string& dir, const Logs& logs);
+    static std::optional<std::string> modelInNewestChat(const Logs& logs);
+    static std::optional<std::string> planLabel(const std::string& dir);
+    static std::optional<std::int64_t> requestsToday(const Logs& logs);
+
+    static inline std::mutex lock;  // guards lastModel; never held over files
+    static inline LastReading<std::string> lastModel;
 };

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-/// What was last read from the end of the newest log. It stands in while that log's end says nothing: it may be
-/// cut inside a character, and a long turn pushes the line that a collector looks for out of it.
+/// What was last read from the end of the newest log. It stands while the same log's end says nothing: that end
+/// may begin inside a character, and a long turn pushes the line that a collector looks for out of it.
 template <typename Value>
 class LastReading {
 public:

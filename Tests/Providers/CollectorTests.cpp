@@ -16,13 +16,14 @@
 class CollectorReset {
 public:
     CollectorReset() {
-        const std::scoped_lock both(ClaudeProvider::lock, CodexProvider::lock);
+        const std::scoped_lock all(ClaudeProvider::lock, CodexProvider::lock, GeminiProvider::lock);
         ClaudeProvider::cachedToken.reset();
         ClaudeProvider::lastFailedReadAt.reset();
         ClaudeProvider::liveCache.reset();
         ClaudeProvider::lastModel = {};
         CodexProvider::liveCache.reset();
         CodexProvider::lastTurn = {};
+        GeminiProvider::lastModel = {};
     }
 };
 
@@ -63,9 +64,13 @@ protected:
         if (step.contains("at")) ScopedClock::set(start + step["at"].get<double>());
         if (step.contains("keychain")) keychainItem = step["keychain"].dump();
         EXPECT_EQ(home.shell(step.value("run", "true")), 0);
+        const Instant modified = Clock::now() + step.value("modified", 0.0);
         const auto files = step.value("files", json::object());
         for (const auto& [file, content] : files.items())
-            home.write(file, textIn(content), Clock::now() + step.value("modified", 0.0));
+            home.write(file, textIn(content), modified);
+        for (const std::string chat : step.value("chats", json::array()))
+            home.write(".gemini/tmp/app/chats/" + chat + ".jsonl", textOf(FIXTURES "/gemini/" + chat + ".jsonl"),
+                       modified);
         server.prepare(step);
     }
 
