@@ -6,7 +6,7 @@
 startDemo() {
     demo=$(mktemp -d) && demoHome=$demo/home || return
     trap stopDemo EXIT
-    cp -R "$root/Tests/fixtures/home" "$demoHome" || return
+    cp -R "$root/Tests/fixtures/home" "$demoHome" && writeGemini || return
     fillDatabase "$demoHome/.local/share/opencode/opencode.db" <"$root/Tests/fixtures/opencode.sql" || return
     # Its input is held open by this shell alone, so that it ends with the shell however that ends.
     mkdir "$demo/server" && coproc demoServer { exec "$root/Tests/Support/https-server" "$demo/server" 2>&1; }
@@ -25,6 +25,14 @@ stopDemo() {
         demoServerID=
     fi 2>/dev/null
     rm -rf "$demo"
+}
+
+# In place of the older layout, in which the tests have it: what Gemini's tool leaves today, with answers of just now.
+writeGemini() {
+    local now
+    TZ=UTC printf -v now '%(%FT%T.000Z)T'
+    rm -r "$demoHome/.gemini" && cp -R "$root/Tests/fixtures/demo/." "$demoHome" &&
+        sed -i "s/NOW/$now/g" "$demoHome"/.gemini/tmp/app/chats/*
 }
 
 fillDatabase() {
