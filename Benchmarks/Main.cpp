@@ -107,7 +107,7 @@ void geminiRequests(const std::string& name, const std::string& text, const std:
         TemporaryHome::write(home + "/.gemini/tmp/" + std::to_string(file) + "/chats/session.jsonl", text);
     const std::string before = HomeDirectory::exchangeOverride(TemporaryHome::at(home));
     const std::string lines =
-        run({"sh", "-c", "grep -rhE '" + counted + "' " + TemporaryHome::at(home) + " | wc -l"});
+        run({"sh", "-c", "grep -rhE '" + counted + "' '" + TemporaryHome::at(home) + "' | wc -l"});
     requireSame("Gemini's requests", GeminiProvider().collect().error.value_or("none"),
                 std::to_string(std::stol(lines)) + " reqs today");
     compare(

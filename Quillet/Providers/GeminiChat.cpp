@@ -1,6 +1,5 @@
-// Some hundred chats may change in a day, and nearly all of a chat is the content of its messages. So of a message
-// that stands as the tool writes it only the head is read, and a line without the mark of an answer isn't looked
-// at.
+// Some hundred chats may change in a day, and nearly all of a chat is the content of its messages. So only lines
+// with the mark of an answer are looked at, and only the head of one that stands as the tool writes it.
 #include "Providers/GeminiChat.h"
 
 #include <algorithm>
@@ -54,6 +53,7 @@ std::optional<JSONObject> parsedAnswer(std::string_view line) {
     return message && message->text("type") == answerType ? message : std::nullopt;
 }
 
+/// The line that holds the byte `at`; memrchr, since std::string_view searches backwards byte by byte.
 std::string_view lineAround(std::string_view text, std::size_t at) {
     const auto* const lineFeed = static_cast<const char*>(memrchr(text.data(), '\n', at));
     const char* const begin = lineFeed ? lineFeed + 1 : text.data();
