@@ -5,6 +5,6 @@
 #include <iostream>
 
 int main() {
-    std::cout << "libcurl " << curl_version_info(CURLVERSION_NOW)->version << ", SQLite " << sqlite3_libversion()
-              << "\n";
+    std::cout << "libcurl " << curl_version_info(CURLVERSION_NOW)->version << ", SQLite "
+              << sqlite3_libversion() << "\n";
 }

@@ -19,8 +19,9 @@ constexpr std::size_t tailSize = 256 << 10;
 std::string message(int number) {
     return R"({"role":"assistant","modelID":"sonnet","providerID":"anthropic","mode":"build","cost":0.0123,)"
            R"("path":{"cwd":"/home/user/project","root":"/home/user/project"},"tokens":{"input":)" +
-           std::to_string(number % 40) + R"(,"output":)" + std::to_string(number % 17) + R"(,"reasoning":)" +
-           std::to_string(number % 5) + R"(,"cache":{"read":20412,"write":311}},"finish":"stop"})";
+           std::to_string(number % 40) + R"(,"output":)" + std::to_string(number % 17) +
+           R"(,"reasoning":)" + std::to_string(number % 5) +
+           R"(,"cache":{"read":20412,"write":311}},"finish":"stop"})";
 }
 
 void execute(sqlite3* database, const char* statement) {
@@ -47,12 +48,14 @@ std::string Data::log(std::size_t size) {
 }
 
 std::string Data::chat(std::size_t size) {
-    static constexpr const char* header = R"({"sessionId":"7a83a1b7","projectHash":"1101","kind":"main"})";
+    static constexpr const char* header =
+        R"({"sessionId":"7a83a1b7","projectHash":"1101","kind":"main"})";
     static constexpr const char* turn = R"(
 {"id":"6f1d2c3b-9a58-4e47-8f00-u-NUMBER","timestamp":"NOW","type":"user","content":[{"text":"WORDS"}]}
 {"$set":{"lastUpdated":"NOW"}}
 {"id":"6f1d2c3b-9a58-4e47-8f00-a-NUMBER","timestamp":"NOW","type":"gemini","content":"WORDS WORDS WORDS","thoughts":[],"tokens":{"input":1000,"output":50,"cached":200,"total":1070},"model":"gemini-3-pro"})";
-    const std::string words = "The parser reads the request from line 120 on and calls generateContent with it.";
+    const std::string words =
+        "The parser reads the request from line 120 on and calls generateContent with it.";
     const std::string now = ISO8601::format(Clock::now()).value_or("");
     const std::string filled = Text::replacing(Text::replacing(turn, "NOW", now), "WORDS", words);
     std::string text = header;
@@ -70,13 +73,15 @@ void Data::writeSparseLog(const std::string& file, std::size_t size) {
 
 void Data::writeTree(const std::string& root) {
     for (int folder = 0; folder < 500; ++folder) {
-        const std::string path = TemporaryHome::at(root + "/project-" + std::to_string(folder / 20) + "/week-" +
-                                                   std::to_string(folder % 20) + "/");
+        const std::string path =
+            TemporaryHome::at(root + "/project-" + std::to_string(folder / 20) + "/week-" +
+                              std::to_string(folder % 20) + "/");
         fs::create_directories(path);
         for (int file = 0; file < 200; ++file)
             std::ofstream(path + "session-" + std::to_string(file) + ".jsonl");
     }
-    TemporaryHome::write(root + "/project-12/week-7/session-100.jsonl", "", std::time(nullptr) + 60);
+    TemporaryHome::write(root + "/project-12/week-7/session-100.jsonl", "",
+                         std::time(nullptr) + 60);
 }
 
 void Data::writeDatabase(const std::string& file, int messages) {
@@ -107,7 +112,8 @@ void Data::writeAssistants() {
     const std::string lines = log(tailSize);
     const std::string turn =
         R"({"type":"turn_context","payload":{"model":"gpt-5.5","model_reasoning_effort":"high"}})";
-    TemporaryHome::write(".claude/projects/-home-user/0b5c.jsonl", lines + "\n{\"model\":\"claude-opus-4-7\"}\n");
+    TemporaryHome::write(".claude/projects/-home-user/0b5c.jsonl",
+                         lines + "\n{\"model\":\"claude-opus-4-7\"}\n");
     TemporaryHome::write(".codex/sessions/2025/06/01/rollout.jsonl", lines + "\n" + turn + "\n");
     TemporaryHome::write(".gemini/oauth_creds.json", "{}");
     TemporaryHome::write(".gemini/settings.json", R"({"model":"gemini-2.5-pro"})");

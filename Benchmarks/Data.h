@@ -9,7 +9,8 @@ namespace Data {
 /// Log lines, one in four of which tells of a request, cut at `size` bytes.
 std::string log(std::size_t size);
 
-/// A chat of Gemini's of today, whose answers are three times as long as the prompts, cut at `size` bytes.
+/// A chat of Gemini's of today, whose answers are three times as long as the prompts, cut at `size`
+/// bytes.
 std::string chat(std::size_t size);
 
 /// A file of `size` bytes without blocks on the disk and then 256 KiB of log.

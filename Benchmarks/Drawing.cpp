@@ -1,6 +1,6 @@
-// Prints what drawing costs, in milliseconds: everything that a refresh draws, for the first time and from then
-// on, and then a line for each part of it. A program of its own, so that the one that prints the table needs no
-// toolkit.
+// Prints what drawing costs, in milliseconds: everything that a refresh draws, for the first time
+// and from then on, and then a line for each part of it. A program of its own, so that the one that
+// prints the table needs no toolkit.
 #include <QApplication>
 #include <cstdio>
 #include <cstdlib>
@@ -91,11 +91,14 @@ void printWords() {
     const TextLine line("Opus 4.7 · High", style);
     const Instant reset = Clock::now() + 11130;
     printPart("a text: layout", [&] { TextLine("Opus 4.7 · High", style); });
-    printWord("a text: drawing", [&](Canvas& canvas) { canvas.draw(line, {10, 10}, Color::white()); });
+    printWord("a text: drawing", [&](Canvas& canvas) {
+        canvas.draw(line, {10, 10}, Color::white());
+    });
     printWord("a dot's glow", [&](Canvas& canvas) { canvas.glowRounded({20, 18, 6, 6}, 3, glow); });
     printWord("a bar's glow", [&](Canvas& canvas) { canvas.glowRounded(bar, 2.5, glow); });
-    printWord("a bar with gradient",
-              [&](Canvas& canvas) { canvas.fillRoundedGradient(bar, 2.5, Color::black(), Color::white()); });
+    printWord("a bar with gradient", [&](Canvas& canvas) {
+        canvas.fillRoundedGradient(bar, 2.5, Color::black(), Color::white());
+    });
     printWord("a gauge", [&](Canvas& canvas) {
         UsageGauge(UsageGauge::panel, "5h", 42, reset, {10, 10, 188, 16}).draw(canvas);
     });

@@ -1,4 +1,5 @@
-// Every line of the table sets one thing that users wait for against a yardstick that is measured beside it.
+// Every line of the table sets one thing that users wait for against a yardstick that is measured
+// beside it.
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -38,16 +39,17 @@ void status() {
     const std::string report = run({QUILLET, "status", "--json"});
     for (const char* part : {"Opus 4.7", "\"5.5\"", "reqs today", "OpenCode"})
         requireSame(part, report.find(part) == std::string::npos ? report : "found", "found");
-    compare("peak memory of `quillet status`, limit 16 MiB", Measure::peakMemory({QUILLET, "status"}), 16, "MiB",
-            1);
-    compare("`quillet status`, four providers : printing one line", 200, program({QUILLET, "status"}),
-            program({BASELINE}), 1.4);
+    compare("peak memory of `quillet status`, limit 16 MiB",
+            Measure::peakMemory({QUILLET, "status"}), 16, "MiB", 1);
+    compare("`quillet status`, four providers : printing one line", 200,
+            program({QUILLET, "status"}), program({BASELINE}), 1.4);
 }
 
 void newestFile() {
     const std::string tree = TemporaryHome::at("tree");
     Data::writeTree("tree");
-    const std::string find = "find '" + tree + "' -type f -name '*.jsonl' -printf '%T@ %p\\n' | sort -n | tail -1";
+    const std::string find =
+        "find '" + tree + "' -type f -name '*.jsonl' -printf '%T@ %p\\n' | sort -n | tail -1";
     const std::string found = run({"sh", "-c", find});
     requireSame("the newest file", LocalFiles::newestFile(tree, ".jsonl").value_or("") + "\n",
                 found.substr(found.find(' ') + 1));
@@ -56,7 +58,8 @@ void newestFile() {
         [&] { LocalFiles::newestFile(tree, ".jsonl"); }, program({"sh", "-c", find}), 0.5);
     compare(
         "newestFile, none of the names matches : find by the name alone", 11,
-        [&] { LocalFiles::newestFile(tree, ".log"); }, program({"find", tree, "-name", "*.log"}), 1);
+        [&] { LocalFiles::newestFile(tree, ".log"); }, program({"find", tree, "-name", "*.log"}),
+        1);
 }
 
 void tail() {
@@ -64,7 +67,8 @@ void tail() {
     const std::string small = TemporaryHome::at("small.jsonl");
     Data::writeSparseLog("large.jsonl", std::size_t{2} << 30);
     Data::writeSparseLog("small.jsonl", std::size_t{768} << 10);
-    requireSame("the end of a log", LocalFiles::tail(large, tailSize).value_or("none"), Data::log(tailSize));
+    requireSame("the end of a log", LocalFiles::tail(large, tailSize).value_or("none"),
+                Data::log(tailSize));
     compare(
         "tail of a 2 GiB log : of a 1 MiB log", 500, [&] { LocalFiles::tail(large, tailSize); },
         [&] { LocalFiles::tail(small, tailSize); }, roomForNoise);
@@ -75,7 +79,8 @@ void collectorPass(const HTTPSServer& server) {
     server.reply("/api/oauth/usage", {{"body", R"({"five_hour":{"utilization":42}})"}});
     server.reply("/backend-api/wham/usage", {{"body", R"({"plan_type":"plus"})"}});
     const auto first = CLI::collectAll();
-    requireSame("Claude's usage", std::to_string(first[0].second.dailyPercent.value_or(0)), std::to_string(42.0));
+    requireSame("Claude's usage", std::to_string(first[0].second.dailyPercent.value_or(0)),
+                std::to_string(42.0));
     requireSame("Codex's plan", first[1].second.planLabel.value_or("none"), "Plus");
     const double took = Measure::median(500, [] { CLI::collectAll(); });
     compare("one pass of all four collectors on warm caches, limit 1 ms", took, 1, "ms ", 1);
@@ -92,8 +97,11 @@ void openCodeTokens() {
         "), 0)\n"
         "FROM message\n"
         "WHERE time_created >= ?1 AND json_extract(data, '$.tokens') IS NOT NULL";
-    const std::string cutOff = ".parameter set ?1 " + std::to_string(std::time(nullptr) - 18000) + "000";
-    const auto shell = [&] { return run({"sqlite3", "-readonly", "-cmd", cutOff, database, statement}); };
+    const std::string cutOff =
+        ".parameter set ?1 " + std::to_string(std::time(nullptr) - 18000) + "000";
+    const auto shell = [&] {
+        return run({"sqlite3", "-readonly", "-cmd", cutOff, database, statement});
+    };
     const auto sum = [&] { return OpenCodeProvider::tokensInLastFiveHours(database).value_or(-1); };
     requireSame("OpenCode's tokens", std::to_string(sum()) + "\n", shell());
     compare("OpenCode's tokens in 200,000 messages : the sqlite3 shell", 11, sum, shell, 1.1);
@@ -104,15 +112,19 @@ void geminiRequests(const std::string& name, const std::string& text, const std:
     const std::string home = "gemini-" + name;
     TemporaryHome::write(home + "/.gemini/oauth_creds.json", "{}");
     for (int file = 0; file < 200; ++file)
-        TemporaryHome::write(home + "/.gemini/tmp/" + std::to_string(file) + "/chats/session.jsonl", text);
+        TemporaryHome::write(home + "/.gemini/tmp/" + std::to_string(file) + "/chats/session.jsonl",
+                             text);
     const std::string before = HomeDirectory::exchangeOverride(TemporaryHome::at(home));
     const std::string lines =
         run({"sh", "-c", "grep -rhE '" + counted + "' '" + TemporaryHome::at(home) + "' | wc -l"});
     requireSame("Gemini's requests", GeminiProvider().collect().error.value_or("none"),
                 std::to_string(std::stol(lines)) + " reqs today");
     compare(
-        "Gemini's requests in 200 " + name + " of 256 KiB : grep -c", 31, [] { GeminiProvider().collect(); },
-        program({"grep", "-rch", "-e", "request", "-e", "generateContent", TemporaryHome::at(home)}), 1);
+        "Gemini's requests in 200 " + name + " of 256 KiB : grep -c", 31,
+        [] { GeminiProvider().collect(); },
+        program(
+            {"grep", "-rch", "-e", "request", "-e", "generateContent", TemporaryHome::at(home)}),
+        1);
     HomeDirectory::exchangeOverride(before);
 }
 
@@ -120,7 +132,8 @@ void request(const HTTPSServer& server) {
     server.reply("/reply", {{"body", R"({"five_hour":{"utilization":42}})"}});
     const std::string url = "https://api.anthropic.com/reply";
     const std::vector<std::string> curl = {
-        "curl", "-s", "-S", "--cacert", server.certificates(), "--connect-to", server.standIns()[0], url};
+        "curl", "-s", "-S", "--cacert", server.certificates(), "--connect-to", server.standIns()[0],
+        url};
     const auto get = [&] {
         return HTTP::get(url, {{"Accept", "application/json"}}, 8).value_or(HTTP::Response{}).data;
     };
@@ -131,7 +144,8 @@ void request(const HTTPSServer& server) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    [[maybe_unused]] const bool verbose = std::set<std::string_view>(argv + 1, argv + argc).contains("--verbose");
+    [[maybe_unused]] const bool verbose =
+        std::set<std::string_view>(argv + 1, argv + argc).contains("--verbose");
     for (const char* proxy : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
         unsetenv(proxy);
     const TemporaryHome home;

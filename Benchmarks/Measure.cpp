@@ -30,8 +30,8 @@ void addLine(const std::string& name, double ours, double other, const char* uni
     static const bool headed =
         std::printf("%-62s %12s %12s %7s %7s\n", "", "ours", "other", "ratio", "budget") > 0;
     const bool good = headed && ours / other <= budget;
-    std::printf("%-62s %9.3f %s %9.3f %s %7.2f %7.2f  %s\n", name.c_str(), ours, unit, other, unit, ours / other,
-                budget, good ? "ok" : "OVER");
+    std::printf("%-62s %9.3f %s %9.3f %s %7.2f %7.2f  %s\n", name.c_str(), ours, unit, other, unit,
+                ours / other, budget, good ? "ok" : "OVER");
     std::fflush(stdout);
     allGood = allGood && good;
 }
@@ -45,13 +45,15 @@ struct rusage requireSuccess(pid_t child, const std::string& name) {
 
 }  // namespace
 
-void Measure::compare(const std::string& name, int rounds, const Work& ours, const Work& other, double budget) {
+void Measure::compare(const std::string& name, int rounds, const Work& ours, const Work& other,
+                      double budget) {
     compareFigures(
-        name, rounds, [&] { return milliseconds(ours); }, [&] { return milliseconds(other); }, "ms ", budget);
+        name, rounds, [&] { return milliseconds(ours); }, [&] { return milliseconds(other); },
+        "ms ", budget);
 }
 
-void Measure::compareFigures(const std::string& name, int rounds, const Figure& ours, const Figure& other,
-                             const std::string& unit, double budget) {
+void Measure::compareFigures(const std::string& name, int rounds, const Figure& ours,
+                             const Figure& other, const std::string& unit, double budget) {
     std::vector<double> oursFound;
     std::vector<double> otherFound;
     ours();  // once for the caches
@@ -63,14 +65,16 @@ void Measure::compareFigures(const std::string& name, int rounds, const Figure& 
     addLine(name, middle(oursFound), middle(otherFound), unit.c_str(), budget);
 }
 
-void Measure::compare(const std::string& name, double ours, double limit, const std::string& unit, double budget) {
+void Measure::compare(const std::string& name, double ours, double limit, const std::string& unit,
+                      double budget) {
     addLine(name, ours, limit, unit.c_str(), budget);
 }
 
 double Measure::milliseconds(const Work& work) {
     const auto start = std::chrono::steady_clock::now();
     work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
 }
 
 double Measure::median(int rounds, const Work& ours) {
@@ -84,7 +88,8 @@ double Measure::median(int rounds, const Work& ours) {
 
 std::vector<char*> Measure::pointers(const std::vector<std::string>& texts) {
     std::vector<char*> all(texts.size() + 1);
-    std::ranges::transform(texts, all.begin(), [](const auto& text) { return const_cast<char*>(text.c_str()); });
+    std::ranges::transform(texts, all.begin(),
+                           [](const auto& text) { return const_cast<char*>(text.c_str()); });
     return all;
 }
 
@@ -99,8 +104,8 @@ std::string Measure::run(const std::vector<std::string>& command) {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     pid_t child = 0;
-    const int error =
-        posix_spawnp(&child, command[0].c_str(), &actions, nullptr, pointers(command).data(), environ);
+    const int error = posix_spawnp(&child, command[0].c_str(), &actions, nullptr,
+                                   pointers(command).data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
     if (error != 0) fail("no " + command[0]);
@@ -115,8 +120,8 @@ std::string Measure::run(const std::vector<std::string>& command) {
     return output;
 }
 
-// A child's peak counts what it had before the new program took its place. After posix_spawn that is all of this
-// process's memory, after fork only the few pages of its own.
+// A child's peak counts what it had before the new program took its place. After posix_spawn that
+// is all of this process's memory, after fork only the few pages of its own.
 double Measure::peakMemory(const std::vector<std::string>& command) {
     const pid_t child = fork();
     if (child == 0) {
@@ -128,6 +133,7 @@ double Measure::peakMemory(const std::vector<std::string>& command) {
     return static_cast<double>(requireSuccess(child, command[0]).ru_maxrss) / 1024;
 }
 
-void Measure::requireSame(const std::string& what, const std::string& ours, const std::string& other) {
+void Measure::requireSame(const std::string& what, const std::string& ours,
+                          const std::string& other) {
     if (ours != other) fail(what + ": " + ours + " here, " + other + " there");
 }

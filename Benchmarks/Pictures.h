@@ -1,6 +1,7 @@
 #pragma once
 
-/// The lines of the table that are about the desktop half. The toolkit is in the programs that they run.
+/// The lines of the table that are about the desktop half. The toolkit is in the programs that they
+/// run.
 namespace Pictures {
 
 /// The whole command, offline.

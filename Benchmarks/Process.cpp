@@ -23,7 +23,8 @@ double field(const std::string& file, const std::string& name) {
 
 }  // namespace
 
-Process::Process(const std::vector<std::string>& command, const std::vector<std::string>& environment) {
+Process::Process(const std::vector<std::string>& command,
+                 const std::vector<std::string>& environment) {
     const auto arguments = Measure::pointers(command);
     const auto variables = Measure::pointers(environment);
     int ends[2] = {-1, -1};
@@ -60,9 +61,11 @@ double Process::status(const std::string& name) const {
 std::map<std::string, long> Process::switches() const {
     std::map<std::string, long> counts;
     std::error_code gone;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(id) + "/task", gone)) {
+    for (const auto& task :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(id) + "/task", gone)) {
         const std::string file = task.path() / "status";
-        const double both = field(file, "voluntary_ctxt_switches") + field(file, "nonvoluntary_ctxt_switches");
+        const double both =
+            field(file, "voluntary_ctxt_switches") + field(file, "nonvoluntary_ctxt_switches");
         counts[task.path().filename()] = static_cast<long>(both);
     }
     return counts;

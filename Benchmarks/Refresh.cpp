@@ -1,5 +1,6 @@
-// Prints how long, in milliseconds, a refresh holds the main thread in 99 of 100 cases: the application takes new
-// figures for all four providers while all of its surfaces are shown, and paints them anew at 2 pixels per point.
+// Prints how long, in milliseconds, a refresh holds the main thread in 99 of 100 cases: the
+// application takes new figures for all four providers while all of its surfaces are shown, and
+// paints them anew at 2 pixels per point.
 #include <QApplication>
 #include <QEventLoop>
 #include <QTimer>
@@ -17,7 +18,8 @@
 namespace {
 
 constexpr int rounds = 1000;
-constexpr int cornerDelay = 4000;  // milliseconds until the item stands on the desktop, which has no tray
+constexpr int cornerDelay =
+    4000;  // milliseconds until the item stands on the desktop, which has no tray
 
 /// Notes which widgets have been painted.
 class Painted : public QObject {
@@ -42,11 +44,13 @@ void provideTouchBar() {
     operations.framework.emplace();
     const auto nothing = [](const TouchBarOperations::Arguments&) {};
     operations.itemClass = {{"addSystemTrayItem:", nothing}, {"removeSystemTrayItem:", nothing}};
-    operations.barClass["presentSystemModalFunctionBar:systemTrayItemIdentifier:"] = [](const auto& arguments) {
-        const auto item = arguments.touchBar->makeItem(arguments.touchBar->defaultItemIdentifiers.front());
-        item->view->resize(item->view->sizeHint());
-        item->view->show();
-    };
+    operations.barClass["presentSystemModalFunctionBar:systemTrayItemIdentifier:"] =
+        [](const auto& arguments) {
+            const auto item =
+                arguments.touchBar->makeItem(arguments.touchBar->defaultItemIdentifiers.front());
+            item->view->resize(item->view->sizeHint());
+            item->view->show();
+        };
 }
 
 using Times = std::vector<double>;  // milliseconds
@@ -67,8 +71,8 @@ std::pair<double, double> timed(const std::function<void()>& work) {
 
 void printCases(const char* name, Times& times) {
     std::ranges::sort(times);
-    std::printf("%.3f ms  a refresh: %s, 99 of 100 times; median %.3f ms\n", times[times.size() * 99 / 100], name,
-                times[times.size() / 2]);
+    std::printf("%.3f ms  a refresh: %s, 99 of 100 times; median %.3f ms\n",
+                times[times.size() * 99 / 100], name, times[times.size() / 2]);
 }
 
 void handleEventsFor(int milliseconds) {
@@ -110,9 +114,12 @@ public:
 
     /// Whether the floating bar, the Touch Bar, the panel and the status item are among them.
     bool allIn(const std::set<const QObject*>& widgets) const {
-        const auto isItem = [](const QObject* widget) { return typeid(*widget) == typeid(CornerItem); };
-        return widgets.contains(&delegate.floatingStrip) && widgets.contains(&delegate.touchStrip) &&
-               widgets.contains(&delegate.panelView) && std::ranges::any_of(widgets, isItem);
+        const auto isItem = [](const QObject* widget) {
+            return typeid(*widget) == typeid(CornerItem);
+        };
+        return widgets.contains(&delegate.floatingStrip) &&
+               widgets.contains(&delegate.touchStrip) && widgets.contains(&delegate.panelView) &&
+               std::ranges::any_of(widgets, isItem);
     }
 
 private:
@@ -122,7 +129,8 @@ private:
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_SCALE_FACTOR", "2");
-    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/dev/null");  // not the desktop that this is run on
+    qputenv("DBUS_SESSION_BUS_ADDRESS",
+            "unix:path=/dev/null");  // not the desktop that this is run on
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     const QApplication application(argc, argv);
     provideTouchBar();

@@ -38,7 +38,8 @@ std::string runtimeFolder() {
     return folder;
 }
 
-std::vector<std::string> joined(std::vector<std::string> first, const std::vector<std::string>& second) {
+std::vector<std::string> joined(std::vector<std::string> first,
+                                const std::vector<std::string>& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;
 }
@@ -71,18 +72,18 @@ Tray::Tray(const std::vector<std::string>& more)
 bool Tray::hasHost() const {
     constexpr std::string_view name = "_NET_SYSTEM_TRAY_S0";
     auto* const server = connection.get();
-    const auto atom =
-        owned(xcb_intern_atom_reply(server, xcb_intern_atom(server, false, name.size(), name.data()), nullptr));
+    const auto atom = owned(xcb_intern_atom_reply(
+        server, xcb_intern_atom(server, false, name.size(), name.data()), nullptr));
     if (!atom) return false;
-    const auto owner =
-        owned(xcb_get_selection_owner_reply(server, xcb_get_selection_owner(server, atom->atom), nullptr));
+    const auto owner = owned(xcb_get_selection_owner_reply(
+        server, xcb_get_selection_owner(server, atom->atom), nullptr));
     return owner && owner->owner != XCB_NONE;
 }
 
 bool Tray::isShown(xcb_window_t window) const {
     auto* const server = connection.get();
-    const auto is =
-        owned(xcb_get_window_attributes_reply(server, xcb_get_window_attributes(server, window), nullptr));
+    const auto is = owned(xcb_get_window_attributes_reply(
+        server, xcb_get_window_attributes(server, window), nullptr));
     return is && is->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 

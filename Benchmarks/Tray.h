@@ -17,8 +17,8 @@ public:
     /// Of the programs that run on it.
     const std::vector<std::string>& environment() const { return variables; }
 
-    /// Waits until the tray has taken one more icon into its window and shows it there, or until 10 seconds have
-    /// passed without one.
+    /// Waits until the tray has taken one more icon into its window and shows it there, or until 10
+    /// seconds have passed without one.
     bool awaitIcon();
 
 private:

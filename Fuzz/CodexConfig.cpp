@@ -23,6 +23,7 @@ void tryInput(std::string_view input) {
     // The last line of a kind decides, and does not touch the other kind.
     const auto later = CodexProvider::modelEffortInConfig(text + "\n\t model = \"last\" \n");
     require(later.model == "last" && later.effort == set.effort);
-    const auto earlier = CodexProvider::modelEffortInConfig("model_reasoning_effort='first'\n" + text);
+    const auto earlier =
+        CodexProvider::modelEffortInConfig("model_reasoning_effort='first'\n" + text);
     require(earlier.model == set.model && earlier.effort == set.effort.value_or("first"));
 }

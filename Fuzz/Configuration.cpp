@@ -19,8 +19,8 @@ bool same(const AppConfig& a, const AppConfig& b) {
 void tryInput(std::string_view text) {
     const AppConfig config = AppConfig::decode(text);
     for (const Provider provider : Provider::allCases()) {
-        require(
-            std::ranges::any_of(config.entries, [&](const auto& entry) { return entry.provider == provider; }));
+        require(std::ranges::any_of(config.entries,
+                                    [&](const auto& entry) { return entry.provider == provider; }));
     }
     require(std::isfinite(config.intervalSeconds) && config.intervalSeconds >= 5);
 
@@ -28,7 +28,8 @@ void tryInput(std::string_view text) {
     nlohmann::json document = {{"intervalSeconds", config.intervalSeconds},
                                {"providers", nlohmann::json::array()}};
     for (const auto& entry : config.entries) {
-        document["providers"].push_back({{"id", entry.provider.rawValue()}, {"enabled", entry.enabled}});
+        document["providers"].push_back(
+            {{"id", entry.provider.rawValue()}, {"enabled", entry.enabled}});
     }
     require(same(AppConfig::decode(document.dump()), config));
 

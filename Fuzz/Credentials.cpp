@@ -24,7 +24,8 @@ void tryClaude(std::string_view text) {
     nlohmann::json document = {{"accessToken", login.accessToken}, {"another", {1, "x"}}};
     if (login.subscriptionType) document["subscriptionType"] = *login.subscriptionType;
     if (login.expiresAt) document["expiresAt"] = *login.expiresAt;
-    const auto again = ClaudeProvider::decodeCredentials(nlohmann::json{{"claudeAiOauth", document}}.dump());
+    const auto again =
+        ClaudeProvider::decodeCredentials(nlohmann::json{{"claudeAiOauth", document}}.dump());
     require(again && again->claudeAiOauth.accessToken == login.accessToken);
     require(again->claudeAiOauth.subscriptionType == login.subscriptionType);
     require(again->claudeAiOauth.expiresAt == login.expiresAt);
@@ -35,12 +36,14 @@ void tryCodex(std::string_view text) {
     if (!file) return;
     require(!CodexProvider::decodeAuth(cut(text)));
     if (!file->tokens) return;
-    require(isUTF8(file->tokens->access_token.value_or("")) && isUTF8(file->tokens->account_id.value_or("")));
+    require(isUTF8(file->tokens->access_token.value_or("")) &&
+            isUTF8(file->tokens->account_id.value_or("")));
 
     nlohmann::json tokens = nlohmann::json::object();
     if (file->tokens->access_token) tokens["access_token"] = *file->tokens->access_token;
     if (file->tokens->account_id) tokens["account_id"] = *file->tokens->account_id;
-    const auto again = CodexProvider::decodeAuth(nlohmann::json{{"another", nullptr}, {"tokens", tokens}}.dump());
+    const auto again =
+        CodexProvider::decodeAuth(nlohmann::json{{"another", nullptr}, {"tokens", tokens}}.dump());
     require(again && again->tokens && again->tokens->access_token == file->tokens->access_token);
     require(again->tokens->account_id == file->tokens->account_id);
 }

@@ -28,7 +28,8 @@ void tryInput(std::string_view input) {
     const auto model = ModelNaming::displayModel(text);
     std::string dashed = text;
     std::ranges::replace(dashed, '_', '-');
-    require(ModelNaming::displayModel(dashed) == model && (!model || model->find('_') == std::string::npos));
+    require(ModelNaming::displayModel(dashed) == model &&
+            (!model || model->find('_') == std::string::npos));
 
     require(ModelNaming::combined(model, {}) == model && ModelNaming::combined({}, model) == model);
     if (model) require(ModelNaming::combined(model, "High") == *model + " · High");

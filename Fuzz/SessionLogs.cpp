@@ -10,16 +10,19 @@ namespace {
 void tryClaude(const std::string& text) {
     const auto model = ClaudeProvider::modelIDInLog(text);
     if (model) {
-        require(!model->empty() && *model != "<synthetic>" && model->find_first_of("\"\n") == std::string::npos);
+        require(!model->empty() && *model != "<synthetic>" &&
+                model->find_first_of("\"\n") == std::string::npos);
         require(text.find("\"model\":\"" + *model + '"') != std::string::npos);
     }
     // The newest line decides, and an older one only where there is nothing newer.
     require(ClaudeProvider::modelIDInLog(text + "\n{\"model\":\"newest\"}") == "newest");
-    require(ClaudeProvider::modelIDInLog("{\"model\":\"oldest\"}\n" + text) == model.value_or("oldest"));
+    require(ClaudeProvider::modelIDInLog("{\"model\":\"oldest\"}\n" + text) ==
+            model.value_or("oldest"));
 }
 
 void tryCodex(const std::string& text) {
-    const std::string line = R"({"type":"turn_context","payload":{"model":"m","model_reasoning_effort":"e"}})";
+    const std::string line =
+        R"({"type":"turn_context","payload":{"model":"m","model_reasoning_effort":"e"}})";
     const auto turn = CodexProvider::modelEffortInLog(text);
     if (turn) {
         require(turn->model || turn->effort);
@@ -43,7 +46,8 @@ void tryGemini(const std::string& text) {
     require(isKnown || GeminiChat::answers(text + '\n' + line + '\n' + line, since) == answers + 1);
     require(GeminiChat::answers(text, since + 1e12) == 0);
     require(GeminiChat::newestModel(text + '\n' + line) == "m");
-    require(GeminiChat::newestModel(line + '\n' + text) == GeminiChat::newestModel(text).value_or("m"));
+    require(GeminiChat::newestModel(line + '\n' + text) ==
+            GeminiChat::newestModel(text).value_or("m"));
 }
 
 }  // namespace

@@ -27,8 +27,10 @@ void tryClaude(std::string_view body) {
     UsageSnapshot snapshot(Provider::claude);
     snapshot.planLabel = "Max";
     ClaudeProvider::fill(snapshot, *usage);
-    require(snapshot.dailyPercent == (usage->five_hour ? usage->five_hour->utilization : std::nullopt));
-    require(snapshot.weeklyPercent == (usage->seven_day ? usage->seven_day->utilization : std::nullopt));
+    require(snapshot.dailyPercent ==
+            (usage->five_hour ? usage->five_hour->utilization : std::nullopt));
+    require(snapshot.weeklyPercent ==
+            (usage->seven_day ? usage->seven_day->utilization : std::nullopt));
     require(finite(snapshot.dailyPercent) && finite(snapshot.weeklyPercent));
     require(finite(snapshot.dailyResetAt) && finite(snapshot.weeklyResetAt));
     require(!snapshot.dailyResetAt || (usage->five_hour && usage->five_hour->resets_at));

@@ -1,5 +1,5 @@
-// quillet-icons <file…>: draws the application's icon into each, with the program's own palette and painter: a
-// level bar per provider.
+// quillet-icons <file…>: draws the application's icon into each, with the program's own palette and
+// painter: a level bar per provider.
 #include <QGuiApplication>
 #include <QPainter>
 #include <QSvgGenerator>
@@ -53,7 +53,8 @@ void drawIcon(Canvas& canvas, double side) {
     double y = std::floor((side + total) / 2);
     for (const Provider provider : providers) {
         const double fill = icon.fills[provider % std::size(icon.fills)];
-        drawBar(canvas, {inset, y -= height, side - 2 * inset, height}, fill, Palette::accent(provider));
+        drawBar(canvas, {inset, y -= height, side - 2 * inset, height}, fill,
+                Palette::accent(provider));
         y -= gap;
     }
 }
@@ -81,7 +82,8 @@ bool writeSVG(const std::filesystem::path& path) {
 
 /// As large as the name says, "48.png", or scalable.
 bool write(const std::filesystem::path& path) {
-    return path.extension() == ".svg" ? writeSVG(path) : writePNG(path, std::atoi(path.stem().c_str()));
+    return path.extension() == ".svg" ? writeSVG(path)
+                                      : writePNG(path, std::atoi(path.stem().c_str()));
 }
 
 }  // namespace
@@ -90,7 +92,8 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     for (int i = 1; i < argc; ++i) {
-        if (!write(argv[i])) return std::fprintf(stderr, "quillet-icons: could not write %s\n", argv[i]), 1;
+        if (!write(argv[i]))
+            return std::fprintf(stderr, "quillet-icons: could not write %s\n", argv[i]), 1;
     }
     return 0;
 }

@@ -38,7 +38,8 @@ AppDelegate::AppDelegate() {
 AppDelegate::~AppDelegate() {
     stopping.request_stop();
     HTTP::shutDown();
-    // A file system that hangs is not worth waiting for; everything that is kept has been saved already.
+    // A file system that hangs is not worth waiting for; everything that is kept has been saved
+    // already.
     if (!queue.waitForDone(patience)) std::_Exit(0);
 }
 
@@ -49,14 +50,17 @@ void AppDelegate::applicationDidFinishLaunching() {
     refresh();
     connect(&timer, &QTimer::timeout, this, &AppDelegate::refresh);
     // The timer counts in milliseconds up to 24 days.
-    const double milliseconds = std::min(config.intervalSeconds * 1000, double(std::numeric_limits<int>::max()));
+    const double milliseconds =
+        std::min(config.intervalSeconds * 1000, double(std::numeric_limits<int>::max()));
     timer.setTimerType(Qt::PreciseTimer);
     timer.start(static_cast<int>(milliseconds));
 }
 
 void AppDelegate::refresh() {
-    // Where all of the passes hang, as on a file system that does, one more would only hang with them.
-    queue.tryStart([delegate = QPointer(this), providers = enabledProviders(), stop = stopping.get_token()] {
+    // Where all of the passes hang, as on a file system that does, one more would only hang with
+    // them.
+    queue.tryStart([delegate = QPointer(this), providers = enabledProviders(),
+                    stop = stopping.get_token()] {
         Snapshots results;
         for (const Provider provider : providers) {
             if (stop.stop_requested()) return;
@@ -66,7 +70,8 @@ void AppDelegate::refresh() {
         auto deliver = [delegate, results = std::move(results)]() mutable {
             if (delegate) delegate->apply(std::move(results));
         };
-        QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(deliver), Qt::QueuedConnection);
+        QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(deliver),
+                                  Qt::QueuedConnection);
     });
 }
 
@@ -82,14 +87,15 @@ void AppDelegate::apply(Snapshots results) {
     } else if (floatingWindow) {
         const QSize before = floatingWindow->frame().size();
         sizeFloatingWindow();
-        // At the top right it would else grow over the screen's edge. As it is, it stays even with its corner
-        // dragged beyond an edge.
+        // At the top right it would else grow over the screen's edge. As it is, it stays even with
+        // its corner dragged beyond an edge.
         if (floatingWindow->frame().size() != before) positionFloatingWindow();
     }
     updateTrayGlyph();
     panelView.update(panelEntries());
 
-    const bool showsTouchBar = hasPhysicalTouchBar() && settings.surfaces.contains(DisplaySurface::touchBar);
+    const bool showsTouchBar =
+        hasPhysicalTouchBar() && settings.surfaces.contains(DisplaySurface::touchBar);
     if (showsTouchBar && !presentedInitialModal && collected) {
         presentedInitialModal = true;
         presentModalStrip();
@@ -97,10 +103,12 @@ void AppDelegate::apply(Snapshots results) {
 }
 
 std::vector<Provider> AppDelegate::enabledProviders() {
-    const auto stored = UserDefaults::textArray(visibleProvidersKey).value_or(std::vector<std::string>());
+    const auto stored =
+        UserDefaults::textArray(visibleProvidersKey).value_or(std::vector<std::string>());
     std::vector<Provider> shown;
     for (const Provider provider : Provider::allCases()) {
-        if (std::ranges::find(stored, provider.rawValue()) != stored.end()) shown.push_back(provider);
+        if (std::ranges::find(stored, provider.rawValue()) != stored.end())
+            shown.push_back(provider);
     }
     if (!shown.empty()) return shown;
     const auto all = Provider::allCases();
@@ -123,7 +131,8 @@ std::optional<UsageSnapshot> AppDelegate::snapshot(Provider provider) const {
 std::vector<StripView::Entry> AppDelegate::stripEntries() const {
     std::vector<StripView::Entry> entries;
     for (const Provider provider : enabledProviders()) {
-        entries.push_back({provider, ProviderChip::picture(provider, chipScale), snapshot(provider)});
+        entries.push_back(
+            {provider, ProviderChip::picture(provider, chipScale), snapshot(provider)});
     }
     return entries;
 }

@@ -23,23 +23,26 @@
 #include "PanelView/PanelView.h"
 #include "StripView/StripView.h"
 
-/// The running application: the latest snapshots and every surface that shows them. For the main thread, which it
-/// never keeps waiting: collections run in the background and come back as finished tables.
+/// The running application: the latest snapshots and every surface that shows them. For the main
+/// thread, which it never keeps waiting: collections run in the background and come back as
+/// finished tables.
 class AppDelegate : public QObject {
 public:
     using Snapshots = std::map<Provider, UsageSnapshot>;
 
     static constexpr const char* trayIdentifier = "com.zendrik.quillet.summary";
     static constexpr const char* stripIdentifier = "com.zendrik.quillet.strip";
-    static constexpr const char* visibleProvidersKey = "visibleProviders";  ///< Of the user defaults.
+    static constexpr const char* visibleProvidersKey =
+        "visibleProviders";  ///< Of the user defaults.
 
     AppDelegate();
-    ~AppDelegate() override;  ///< Ends the process itself if a collection does not notice within half a second.
+    ~AppDelegate() override;  ///< Ends the process itself if a collection does not notice within
+                              ///< half a second.
 
     void applicationDidFinishLaunching();
 
-    /// Starts a collection of the shown providers and returns at once. Passes may overlap; the one that ends last
-    /// is shown. Does nothing while as many as may run at a time are under way.
+    /// Starts a collection of the shown providers and returns at once. Passes may overlap; the one
+    /// that ends last is shown. Does nothing while as many as may run at a time are under way.
     void refresh();
 
     static std::vector<Provider> enabledProviders();  ///< The shown ones, in the fixed order.

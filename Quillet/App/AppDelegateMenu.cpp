@@ -37,7 +37,8 @@ MenuItems AppDelegate::contextMenu() {
     const bool hasTouchBar = hasPhysicalTouchBar();
     MenuItems items{heading("Show In")};
     for (const DisplaySurface surface : DisplaySurface::allCases()) {
-        if (surface != DisplaySurface::touchBar || hasTouchBar) items.push_back(surfaceItem(surface));
+        if (surface != DisplaySurface::touchBar || hasTouchBar)
+            items.push_back(surfaceItem(surface));
     }
     items.push_back({});
     items.push_back(heading("Providers"));
@@ -61,9 +62,10 @@ MenuItem AppDelegate::surfaceItem(DisplaySurface surface) {
 }
 
 MenuItem AppDelegate::providerItem(Provider provider) {
-    return {"  " + std::string(provider.rawValue()), {}, isProviderVisible(provider), [this, provider] {
-                toggleProvider(provider);
-            }};
+    return {
+        "  " + std::string(provider.rawValue()), {}, isProviderVisible(provider), [this, provider] {
+            toggleProvider(provider);
+        }};
 }
 
 void AppDelegate::toggleSurface(DisplaySurface surface) {

@@ -27,14 +27,20 @@ void AppDelegate::setUpPanel() {
     panelView.settings = settings;
     panelView.onRefresh = [this] { refresh(); };
     panelView.onDonate = [this] { openDonate(); };
-    panelView.onToggleSurface = [this](DisplaySurface surface, bool on) { setSurface(surface, on); };
-    panelView.onToggleProvider = [this](Provider provider, bool on) { setProviderVisible(provider, on); };
+    panelView.onToggleSurface = [this](DisplaySurface surface, bool on) {
+        setSurface(surface, on);
+    };
+    panelView.onToggleProvider = [this](Provider provider, bool on) {
+        setProviderVisible(provider, on);
+    };
     panelView.isProviderVisible = [this](Provider provider) { return isProviderVisible(provider); };
     panelView.update(panelEntries());
 }
 
 void AppDelegate::applySurfaces() {
-    const auto shows = [this](DisplaySurface surface) { return settings.surfaces.contains(surface); };
+    const auto shows = [this](DisplaySurface surface) {
+        return settings.surfaces.contains(surface);
+    };
     if (!shows(DisplaySurface::menuBar) && !settings.surfaces.empty()) {
         statusItem.reset();
     } else if (!statusItem) {
@@ -69,7 +75,8 @@ void AppDelegate::setSurface(DisplaySurface surface, bool on) {
 }
 
 void AppDelegate::setUpStatusItem() {
-    statusItem = std::make_unique<StatusItem>([this](const ItemPlace& item) { togglePopover(item); });
+    statusItem =
+        std::make_unique<StatusItem>([this](const ItemPlace& item) { togglePopover(item); });
     statusItem->setOnPlaceChange([this] {
         if (floatingWindow) positionFloatingWindow();
     });
@@ -77,11 +84,12 @@ void AppDelegate::setUpStatusItem() {
 
 void AppDelegate::updateStatusItem() {
     if (!statusItem) return;
-    const auto drawnBy = [known = snapshots, providers = enabledProviders()](auto draw) -> StatusContent::Picture {
+    const auto drawnBy = [known = snapshots,
+                          providers = enabledProviders()](auto draw) -> StatusContent::Picture {
         return [=](double scale) { return draw(known, providers, scale); };
     };
-    statusItem->setContent(
-        {drawnBy(StatusSummary::renderForTray), drawnBy(StatusSummary::renderSquare), toolTip(), contextMenu()});
+    statusItem->setContent({drawnBy(StatusSummary::renderForTray),
+                            drawnBy(StatusSummary::renderSquare), toolTip(), contextMenu()});
 }
 
 /// The text report's lines, without its banner.
@@ -108,9 +116,11 @@ void AppDelegate::showPopover() {
 }
 
 void AppDelegate::showFloatingWindow() {
-    if (snapshots.empty() && FloatingWindow::isPlacedByCompositor()) return;  // the first ones decide its width
+    if (snapshots.empty() && FloatingWindow::isPlacedByCompositor())
+        return;  // the first ones decide its width
     if (!floatingWindow) {
-        floatingWindow = std::make_unique<FloatingWindow>(&floatingContainer, FloatingContainerView::cornerRadius);
+        floatingWindow = std::make_unique<FloatingWindow>(&floatingContainer,
+                                                          FloatingContainerView::cornerRadius);
         floatingWindow->onMoved = [this] { windowDidMove(); };
         floatingWindow->onScreensChanged = [this] { positionFloatingWindow(); };
         floatingWindow->onMenu = [this](QPoint position) { showContextMenu(position); };
@@ -128,8 +138,8 @@ void AppDelegate::sizeFloatingWindow() {
                               static_cast<int>(width), static_cast<int>(bar.strip.height));
 }
 
-/// Where the user left it, if that is still on a screen; else at the top right, under a status item that stands
-/// there.
+/// Where the user left it, if that is still on a screen; else at the top right, under a status item
+/// that stands there.
 void AppDelegate::positionFloatingWindow() {
     const Point remembered = PointText::parse(UserDefaults::text(originKey).value_or(""));
     const bool isRemembered = remembered.x != 0 || remembered.y != 0;
@@ -139,7 +149,8 @@ void AppDelegate::positionFloatingWindow() {
     if (!visible) return;
     const auto item = statusItem ? statusItem->geometry() : std::nullopt;
     const double itemBottom = item ? Screens::fromToolkit(*item).y : visible->maxY();
-    const bool itemIsAtTop = itemBottom > visible->maxY() - bar.height && itemBottom < visible->maxY();
+    const bool itemIsAtTop =
+        itemBottom > visible->maxY() - bar.height && itemBottom < visible->maxY();
     const double top = itemIsAtTop ? itemBottom : visible->maxY();
     floatingWindow->setOrigin({visible->maxX() - floatingWindow->frame().width() - bar.right,
                                top - floatingWindow->frame().height() - bar.top});

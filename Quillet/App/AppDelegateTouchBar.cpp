@@ -34,8 +34,9 @@ void AppDelegate::updateTrayGlyph() {
 void AppDelegate::presentModalStrip() {
     if (!trayInstalled) return;
     if (!modalTouchBar) {
-        modalTouchBar =
-            TouchBar{{stripIdentifier}, [this](const std::string& identifier) { return makeItem(identifier); }};
+        modalTouchBar = TouchBar{{stripIdentifier}, [this](const std::string& identifier) {
+                                     return makeItem(identifier);
+                                 }};
     }
     ControlStrip::presentModal(*modalTouchBar, trayIdentifier);
 }

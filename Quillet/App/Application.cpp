@@ -16,7 +16,8 @@
 
 namespace {
 
-constexpr const char* applicationID = "com.zendrik.Quillet";  // also the desktop entry's and the icon's name
+constexpr const char* applicationID =
+    "com.zendrik.Quillet";  // also the desktop entry's and the icon's name
 constexpr const char* objectPath = "/com/zendrik/Quillet";
 constexpr const char* showPanel = "ShowPanel";
 constexpr int patience = 3000;  // milliseconds for the application that runs already to answer
@@ -26,24 +27,24 @@ bool isSet(const char* variable) {
     return !qEnvironmentVariableIsEmpty(variable);
 }
 
-/// On Wayland a program can't place its windows, keep them above others or on every workspace. Through Xwayland it
-/// can, where there is one.
+/// On Wayland a program can't place its windows, keep them above others or on every workspace.
+/// Through Xwayland it can, where there is one.
 void choosePlatform() {
     if (isSet("WAYLAND_DISPLAY") && isSet("DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "xcb;wayland");
     }
 }
 
-/// The toolkit would abort, and leave a core file, where no display answers. Its other messages are nobody's
-/// concern.
+/// The toolkit would abort, and leave a core file, where no display answers. Its other messages are
+/// nobody's concern.
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
     if (type != QtFatalMsg) return;
     std::fputs(noDisplay, stderr);
     std::_Exit(EXIT_SUCCESS);
 }
 
-/// Makes the signals that ask a program to end readable, for the event loop to notice. Made before any other
-/// thread, so that none of them is interrupted instead.
+/// Makes the signals that ask a program to end readable, for the event loop to notice. Made before
+/// any other thread, so that none of them is interrupted instead.
 int openSignals() {
     sigset_t ending;
     sigemptyset(&ending);
@@ -51,7 +52,8 @@ int openSignals() {
         sigaddset(&ending, number);
     struct sigaction inherited {};
     sigaction(SIGHUP, nullptr, &inherited);
-    if (inherited.sa_handler != SIG_IGN) sigaddset(&ending, SIGHUP);  // ignored: started to outlive its terminal
+    if (inherited.sa_handler != SIG_IGN)
+        sigaddset(&ending, SIGHUP);  // ignored: started to outlive its terminal
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
     return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
 }
@@ -80,7 +82,8 @@ private:
 bool isRunningElsewhere() {
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected() || bus.registerService(applicationID)) return false;
-    const auto knock = QDBusMessage::createMethodCall(applicationID, objectPath, applicationID, showPanel);
+    const auto knock =
+        QDBusMessage::createMethodCall(applicationID, objectPath, applicationID, showPanel);
     if (bus.call(knock, QDBus::Block, patience).type() != QDBusMessage::ReplyMessage)
         std::fputs("quillet: it runs already, but does not answer\n", stderr);
     return true;
@@ -94,8 +97,9 @@ void Application::run() {
         return;
     }
     const int signalDescriptor = openSignals();
-    mallopt(M_ARENA_MAX, 2);                // each pass is a thread, which would get a heap of its own
-    mallopt(M_MMAP_THRESHOLD, 128 * 1024);  // the allocator's own start, which it would raise with each picture
+    mallopt(M_ARENA_MAX, 2);  // each pass is a thread, which would get a heap of its own
+    mallopt(M_MMAP_THRESHOLD,
+            128 * 1024);  // the allocator's own start, which it would raise with each picture
     choosePlatform();
     qInstallMessageHandler(handleMessage);
 
@@ -107,11 +111,13 @@ void Application::run() {
     QApplication::setDesktopFileName(applicationID);
     QApplication::setQuitOnLastWindowClosed(false);
     QSocketNotifier signalled(signalDescriptor, QSocketNotifier::Read);
-    QObject::connect(&signalled, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
+    QObject::connect(&signalled, &QSocketNotifier::activated, &application,
+                     &QCoreApplication::quit);
 
     AppDelegate delegate;
     Door door(delegate);
-    QDBusConnection::sessionBus().registerVirtualObject(objectPath, &door);  // before its name can be found
+    QDBusConnection::sessionBus().registerVirtualObject(objectPath,
+                                                        &door);  // before its name can be found
     if (isRunningElsewhere()) return;
     delegate.applicationDidFinishLaunching();
     QApplication::exec();

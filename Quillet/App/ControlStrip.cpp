@@ -15,7 +15,8 @@ constexpr const char* present[] = {"presentSystemModalTouchBar:systemTrayItemIde
 constexpr const char* dismiss[] = {"dismissSystemModalTouchBar:", "dismissSystemModalFunctionBar:"};
 
 /// Whether there was such an operation to call.
-bool call(const Operations::Table& table, const char* name, const Operations::Arguments& arguments) {
+bool call(const Operations::Table& table, const char* name,
+          const Operations::Arguments& arguments) {
     const auto found = table.find(name);
     if (found == table.end()) return false;
     found->second(arguments);
@@ -45,7 +46,8 @@ void ControlStrip::remove(TouchBarItem& item) {
 void ControlStrip::presentModal(TouchBar& touchBar, const std::string& trayIdentifier) {
     callFramework(setCloseBox, {.flag = true});
     for (const char* name : present) {
-        if (call(Operations::shared().barClass, name, {.touchBar = &touchBar, .identifier = trayIdentifier}))
+        if (call(Operations::shared().barClass, name,
+                 {.touchBar = &touchBar, .identifier = trayIdentifier}))
             return;
     }
 }

@@ -14,8 +14,9 @@
 
 namespace {
 
-/// Pictures must look alike everywhere, so of all that the user's desktop or environment could ask of the toolkit
-/// (scale factors, font resolution, styles, themes, fonts of its own, logging) nothing may reach it.
+/// Pictures must look alike everywhere, so of all that the user's desktop or environment could ask
+/// of the toolkit (scale factors, font resolution, styles, themes, fonts of its own, logging)
+/// nothing may reach it.
 void isolateToolkit() {
     std::vector<std::string> names{"XDG_CURRENT_DESKTOP"};
     for (char** variable = environ; *variable; ++variable) {
@@ -26,7 +27,8 @@ void isolateToolkit() {
     for (const std::string& name : names)
         unsetenv(name.c_str());
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    setenv("TMPDIR", "/dev/null", 1);  // it would make a folder there, and leave it, where the session has none
+    setenv("TMPDIR", "/dev/null",
+           1);  // it would make a folder there, and leave it, where the session has none
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     QApplication::setDesktopSettingsAware(false);
 }
@@ -46,12 +48,12 @@ void use(FcConfig* config, std::initializer_list<const char*> rules) {
     FcConfigDestroy(config);  // the library keeps its own reference
 }
 
-/// The system's fonts, for scripts that the bundled family lacks, without anybody's rules about how to draw them,
-/// and without a cache in the home directory.
+/// The system's fonts, for scripts that the bundled family lacks, without anybody's rules about how
+/// to draw them, and without a cache in the home directory.
 void isolateFonts() {
-    use(FcConfigCreate(),
-        {"<fontconfig><dir>/usr/share/fonts</dir><cachedir>/var/cache/fontconfig</cachedir></fontconfig>",
-         withoutFamily});
+    use(FcConfigCreate(), {"<fontconfig><dir>/usr/share/fonts</dir><cachedir>/var/cache/"
+                           "fontconfig</cachedir></fontconfig>",
+                           withoutFamily});
 }
 
 /// fontconfig writes what it has to complain of there by itself.

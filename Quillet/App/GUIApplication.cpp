@@ -11,14 +11,16 @@ namespace {
 
 constexpr std::chrono::seconds restsAfter(60);
 
-/// The toolkit closes every popup when it hears that the program has lost the focus, of which it hears late: a
-/// click soon after another popup closed would seem to do nothing. On X11 a popup has the pointer and the keyboard
-/// to itself and needs no such help.
+/// The toolkit closes every popup when it hears that the program has lost the focus, of which it
+/// hears late: a click soon after another popup closed would seem to do nothing. On X11 a popup has
+/// the pointer and the keyboard to itself and needs no such help.
 bool isStale(const QEvent& event) {
-    return event.type() == QEvent::ApplicationDeactivate && QApplication::activePopupWidget() && X11::connection();
+    return event.type() == QEvent::ApplicationDeactivate && QApplication::activePopupWidget() &&
+           X11::connection();
 }
 
-/// Clicks that other programs report, a status item's host for one, are seen by the windows that come and go.
+/// Clicks that other programs report, a status item's host for one, are seen by the windows that
+/// come and go.
 bool isUse(const QEvent& event, const QObject& receiver) {
     switch (event.type()) {
     case QEvent::MouseButtonPress:
@@ -33,9 +35,9 @@ bool isUse(const QEvent& event, const QObject& receiver) {
     }
 }
 
-/// The toolkit follows the focus from widget to widget in the window that has it. When such a window is closed it
-/// doesn't stop, and would follow it once more, with memory that is never freed, each time that the window comes
-/// back.
+/// The toolkit follows the focus from widget to widget in the window that has it. When such a
+/// window is closed it doesn't stop, and would follow it once more, with memory that is never
+/// freed, each time that the window comes back.
 void stopFollowingFocus(const QEvent& event, QObject& receiver) {
     if (event.type() != QEvent::PlatformSurface) return;
     const auto type = static_cast<const QPlatformSurfaceEvent&>(event).surfaceEventType();

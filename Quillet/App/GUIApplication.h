@@ -4,8 +4,8 @@
 #include <QTimer>
 #include <thread>
 
-/// The toolkit's application, without some of its faults, which gives memory back when nobody has used the program
-/// for a minute.
+/// The toolkit's application, without some of its faults, which gives memory back when nobody has
+/// used the program for a minute.
 class GUIApplication : public QApplication {
 public:
     GUIApplication(int& count, char** arguments);

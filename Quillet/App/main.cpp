@@ -31,8 +31,8 @@ bool drawsPicture(std::string_view command) {
     return std::ranges::find(commands, command) != std::end(commands);
 }
 
-/// A report that nobody reads is no failure, and what is opened later must not take the place of a closed standard
-/// stream, or a message could end up there.
+/// A report that nobody reads is no failure, and what is opened later must not take the place of a
+/// closed standard stream, or a message could end up there.
 void settleStandardStreams() {
     signal(SIGPIPE, SIG_IGN);
     int descriptor = 0;
@@ -47,17 +47,20 @@ std::string outPath(const Arguments& arguments) {
     return given ? *(option + 1) : "/tmp/quillet-" + arguments.front() + ".png";
 }
 
-constexpr const char* moduleName = "libquillet-desktop.so";  // found through the run path of the executable
+constexpr const char* moduleName =
+    "libquillet-desktop.so";  // found through the run path of the executable
 
-/// Why the module, or the operation in it, is not to be had, by the name of what the loader missed first.
+/// Why the module, or the operation in it, is not to be had, by the name of what the loader missed
+/// first.
 void sayWhy(std::string_view reason) {
     const bool isModule = reason.starts_with(moduleName);
-    const std::string message = isModule ? "is not installed" : std::string("can't be loaded: ").append(reason);
+    const std::string message =
+        isModule ? "is not installed" : std::string("can't be loaded: ").append(reason);
     std::fprintf(stderr, "quillet: the desktop half %s\n", message.c_str());
 }
 
-/// An operation of the desktop half, which only the commands that need it load, so that the others neither need
-/// the toolkit nor wait for it. Without it, says so and returns nothing.
+/// An operation of the desktop half, which only the commands that need it load, so that the others
+/// neither need the toolkit nor wait for it. Without it, says so and returns nothing.
 template <typename Operation>
 Operation desktopOperation(const char* name) {
     void* const module = dlopen(moduleName, RTLD_NOW | RTLD_LOCAL);

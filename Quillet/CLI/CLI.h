@@ -11,7 +11,8 @@ namespace CLI {
 
 using Collected = std::vector<std::pair<Provider, UsageSnapshot>>;
 
-/// A fresh snapshot of every provider that the configuration file enables, in its order, asked one after another.
+/// A fresh snapshot of every provider that the configuration file enables, in its order, asked one
+/// after another.
 Collected collectAll();
 
 /// Prints the report of `collectAll` on standard output, as text or as JSON.

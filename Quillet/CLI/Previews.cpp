@@ -11,8 +11,9 @@
 
 namespace {
 
-constexpr double scale = 2;           // pixels per point
-constexpr int quickCompression = 80;  // the encoder's "quality": a tenth larger, in a third of the time
+constexpr double scale = 2;  // pixels per point
+constexpr int quickCompression =
+    80;  // the encoder's "quality": a tenth larger, in a third of the time
 
 constexpr struct {
     double padding = 8;  // left and right of the summary
@@ -23,9 +24,11 @@ constexpr struct {
 void writePNG(const QImage& image, const std::string& path) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    const bool encoded = buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG", quickCompression);
-    if (encoded && WholeFile::write(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())},
-                                    WholeFile::Flush::no)) {
+    const bool encoded =
+        buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG", quickCompression);
+    if (encoded &&
+        WholeFile::write(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())},
+                         WholeFile::Flush::no)) {
         std::printf("wrote %s\n", path.c_str());
     }
 }
@@ -66,11 +69,12 @@ void CLI::menubar(const std::string& outPath) {
     const QImage summary = StatusSummary::render(snapshots, providers, scale);
     const QSizeF size = summary.deviceIndependentSize();
     const Size canvasSize{size.width() + 2 * menuBar.padding, menuBar.height};
-    writePNG(Picture::of(canvasSize, scale,
-                         [&](Canvas& canvas) {
-                             canvas.fill({0, 0, canvasSize.width, canvasSize.height}, menuBar.background);
-                             canvas.draw(summary, {menuBar.padding, (menuBar.height - size.height()) / 2,
-                                                   size.width(), size.height()});
-                         }),
+    writePNG(Picture::of(
+                 canvasSize, scale,
+                 [&](Canvas& canvas) {
+                     canvas.fill({0, 0, canvasSize.width, canvasSize.height}, menuBar.background);
+                     canvas.draw(summary, {menuBar.padding, (menuBar.height - size.height()) / 2,
+                                           size.width(), size.height()});
+                 }),
              outPath);
 }

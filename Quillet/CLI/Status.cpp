@@ -11,7 +11,8 @@
 
 namespace {
 
-std::string windowText(const char* name, std::optional<double> percent, std::optional<Instant> resetAt) {
+std::string windowText(const char* name, std::optional<double> percent,
+                       std::optional<Instant> resetAt) {
     std::string text = name + UsageFormat::percentText(percent);
     if (resetAt) text += " (resets " + UsageFormat::resetText(*resetAt) + ")";
     return text;
@@ -19,15 +20,16 @@ std::string windowText(const char* name, std::optional<double> percent, std::opt
 
 std::string figures(const UsageSnapshot& snapshot) {
     std::string text;
-    if (const auto model = ModelNaming::combined(snapshot.modelLabel, snapshot.effortLabel)) text += " " + *model;
+    if (const auto model = ModelNaming::combined(snapshot.modelLabel, snapshot.effortLabel))
+        text += " " + *model;
     if (snapshot.planLabel) text += " [" + *snapshot.planLabel + "]";
     text += windowText(" 5h ", snapshot.dailyPercent, snapshot.dailyResetAt);
     text += windowText(" · Wk ", snapshot.weeklyPercent, snapshot.weeklyResetAt);
     return text;
 }
 
-/// Labels come from files and replies; none of them may move the terminal's cursor or break the line. In UTF-8 the
-/// controls above ASCII are C2 80 to C2 9F.
+/// Labels come from files and replies; none of them may move the terminal's cursor or break the
+/// line. In UTF-8 the controls above ASCII are C2 80 to C2 9F.
 std::string withoutControls(const std::string& line) {
     std::string result;
     for (const char c : line) {

@@ -9,5 +9,6 @@ bool answerProperties(const QDBusMessage& message, const QDBusConnection& connec
     if (message.member() == "GetAll") return connection.send(message.createReply(properties));
     if (message.member() != "Get") return false;
     const QVariant value = properties.value(message.arguments().value(1).toString());
-    return value.isValid() && connection.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
+    return value.isValid() &&
+           connection.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
 }

@@ -10,7 +10,8 @@
 namespace {
 
 QColor toolkitColor(Color color) {
-    return QColor::fromRgbF(float(color.red), float(color.green), float(color.blue), float(color.alpha));
+    return QColor::fromRgbF(float(color.red), float(color.green), float(color.blue),
+                            float(color.alpha));
 }
 
 /// All that the pixels of a filled and stroked shape depend on, in pixels.
@@ -25,12 +26,13 @@ struct OutlinedShape {
 };
 
 std::size_t qHash(const OutlinedShape& shape, std::size_t seed) {
-    return qHashMulti(seed, shape.x, shape.y, shape.width, shape.height, shape.cornerRadius, shape.filling.red,
-                      shape.line.red, shape.line.alpha, shape.lineWidth);
+    return qHashMulti(seed, shape.x, shape.y, shape.width, shape.height, shape.cornerRadius,
+                      shape.filling.red, shape.line.red, shape.line.alpha, shape.lineWidth);
 }
 
 /// A transparent image of `size` pixels with what `drawOn` draws on a canvas of `height`.
-QImage drawn(QSize size, const QTransform& toPixels, double height, const std::function<void(Canvas&)>& drawOn) {
+QImage drawn(QSize size, const QTransform& toPixels, double height,
+             const std::function<void(Canvas&)>& drawOn) {
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
@@ -52,7 +54,8 @@ void putPixels(QPainter& painter, QPoint corner, const QImage& image) {
 
 Canvas::Canvas(QPainter& target, double canvasHeight) : painter(target), height(canvasHeight) {
     painter.save();
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
+                           QPainter::SmoothPixmapTransform);
     painter.setPen(Qt::NoPen);
 }
 
@@ -81,8 +84,10 @@ void Canvas::strokeRounded(Rect rect, double radius, Color color, double lineWid
     painter.setPen(Qt::NoPen);
 }
 
-// The toolkit takes tens of microseconds for an outline, and sometimes a thread: hence the kept image.
-void Canvas::fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line, double lineWidth) {
+// The toolkit takes tens of microseconds for an outline, and sometimes a thread: hence the kept
+// image.
+void Canvas::fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line,
+                                  double lineWidth) {
     constexpr int mostBytes = 512 * 1024;
     static QCache<OutlinedShape, QImage> cache(mostBytes);
 
@@ -100,7 +105,8 @@ void Canvas::fillAndStrokeRounded(Rect rect, double radius, Color filling, Color
     const double scale = toDevice.m11();
     const OutlinedShape key{shape.x(),      shape.y(), shape.width(), shape.height(),
                             radius * scale, filling,   line,          lineWidth * scale};
-    putPixels(painter, box.topLeft(), Cache::findOrMake(cache, key, newImage, std::mem_fn(&QImage::sizeInBytes)));
+    putPixels(painter, box.topLeft(),
+              Cache::findOrMake(cache, key, newImage, std::mem_fn(&QImage::sizeInBytes)));
 }
 
 void Canvas::fillEllipse(Rect rect, Color color) {
@@ -140,7 +146,8 @@ void Canvas::drawCentred(const TextLine& text, Point center, Color color) {
     draw(text, {center.x - text.width() / 2, center.y - text.height() / 2}, color);
 }
 
-void Canvas::drawClipped(const TextLine& text, Point origin, Color color, Rect clip, double clipRadius) {
+void Canvas::drawClipped(const TextLine& text, Point origin, Color color, Rect clip,
+                         double clipRadius) {
     QPainterPath outline;
     outline.addRoundedRect(toolkitRect(clip), clipRadius, clipRadius);
     painter.save();

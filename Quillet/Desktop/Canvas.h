@@ -11,8 +11,8 @@
 class QPainter;
 class QRectF;
 
-/// The drawing words of every view, in points with the origin at the bottom-left. The one place that knows the
-/// painter.
+/// The drawing words of every view, in points with the origin at the bottom-left. The one place
+/// that knows the painter.
 class Canvas {
 public:
     /// Draws upwards from `height` points below the painter's origin, until the canvas's life ends.
@@ -24,17 +24,20 @@ public:
     void fill(Rect rect, Color color);
     void fillRounded(Rect rect, double radius, Color color);
     void strokeRounded(Rect rect, double radius, Color color, double lineWidth);
-    void fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line, double lineWidth);
+    void fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line,
+                              double lineWidth);
     void fillEllipse(Rect rect, Color color);
     void fillRoundedGradient(Rect rect, double radius, Color left, Color right);
-    void fillVerticalGradient(Rect rect, const std::vector<Color>& upwards);  ///< Evenly spaced colours.
+    void fillVerticalGradient(Rect rect,
+                              const std::vector<Color>& upwards);  ///< Evenly spaced colours.
 
     /// The light of an opaque rounded rectangle, to be drawn before the shape.
     void glowRounded(Rect rect, double radius, const Glow& glow);
 
     /// With the bottom-left corner of the text's line box at `origin`.
     void draw(const TextLine& text, Point origin, Color color);
-    void drawCentred(const TextLine& text, Point center, Color color);  ///< With the line box centred.
+    void drawCentred(const TextLine& text, Point center,
+                     Color color);  ///< With the line box centred.
     void drawClipped(const TextLine& text, Point origin, Color color, Rect clip, double clipRadius);
 
     void draw(const QImage& image, Rect rect, double opacity = 1);

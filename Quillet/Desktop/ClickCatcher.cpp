@@ -6,7 +6,8 @@
 
 namespace {
 
-constexpr int pointerDelay = 60;   // milliseconds from the pointer's coming to its place, which is told later
+constexpr int pointerDelay =
+    60;  // milliseconds from the pointer's coming to its place, which is told later
 constexpr int mostPatience = 500;  // milliseconds for a pointer that doesn't come
 
 }  // namespace
@@ -42,8 +43,8 @@ void ClickCatcher::surround(const QRect& window) {
     show();
 }
 
-/// Some compositors stack windows in the order of their first pictures, so a popup that came together with its
-/// cover could end up below it. The pointer comes to what is on the screen.
+/// Some compositors stack windows in the order of their first pictures, so a popup that came
+/// together with its cover could end up below it. The pointer comes to what is on the screen.
 void ClickCatcher::enterEvent(QEnterEvent*) {
     if (covered.isActive()) covered.start(pointerDelay);
 }

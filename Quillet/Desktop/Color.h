@@ -7,7 +7,9 @@ struct Color {
     double blue = 0;
     double alpha = 1;
 
-    static constexpr Color grey(double level, double alpha = 1) { return {level, level, level, alpha}; }
+    static constexpr Color grey(double level, double alpha = 1) {
+        return {level, level, level, alpha};
+    }
     static constexpr Color white(double alpha = 1) { return grey(1, alpha); }
     static constexpr Color black(double alpha = 1) { return grey(0, alpha); }
 

@@ -48,10 +48,12 @@ void CornerItem::followPrimaryScreen() {
 void CornerItem::place() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (!content.wide || !screen) return hide();
-    picture = content.wide(std::ceil(screen->devicePixelRatio()));  // scaled down once, not placed between pixels
+    picture = content.wide(
+        std::ceil(screen->devicePixelRatio()));  // scaled down once, not placed between pixels
     const int width = static_cast<int>(pointSize(picture).width + 2 * look.sidePadding);
     const QRect available = Screens::available(screen);
-    setFixedSize(width, int(look.height));  // tiling compositors leave a window of fixed size afloat
+    setFixedSize(width,
+                 int(look.height));  // tiling compositors leave a window of fixed size afloat
     move(available.x() + available.width() - width, available.y());
     show();
     raise();
@@ -79,5 +81,6 @@ void CornerItem::resizeEvent(QResizeEvent*) {
 void CornerItem::mouseReleaseEvent(QMouseEvent* event) {
     if (!rect().contains(event->position().toPoint())) return;
     if (event->button() == Qt::LeftButton) onActivate({geometry(), {}});
-    if (event->button() == Qt::RightButton) menu.show(content.menu, mapToGlobal(rect().bottomLeft()));
+    if (event->button() == Qt::RightButton)
+        menu.show(content.menu, mapToGlobal(rect().bottomLeft()));
 }

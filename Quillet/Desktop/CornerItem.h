@@ -5,8 +5,8 @@
 #include "Desktop/ContextMenu.h"
 #include "Desktop/StatusItem.h"
 
-/// A small window of the item's own at the top right of the primary screen, above all others and never with the
-/// focus.
+/// A small window of the item's own at the top right of the primary screen, above all others and
+/// never with the focus.
 class CornerItem : public StatusItem::Form, QWidget {
 public:
     explicit CornerItem(StatusItem::Activate onActivate);

@@ -126,7 +126,8 @@ QVariantMap propertiesOf(const MenuItem& item) {
 }
 
 bool lookAlike(const MenuItems& some, const MenuItems& others) {
-    return std::ranges::equal(some, others, [](const auto& a, const auto& b) { return a.looksLike(b); });
+    return std::ranges::equal(some, others,
+                              [](const auto& a, const auto& b) { return a.looksLike(b); });
 }
 
 }  // namespace
@@ -159,11 +160,13 @@ void ExportedMenu::publish() {
     std::map<std::string, int> occurrences;
     for (const MenuItem& item : newest) {
         const int next = static_cast<int>(ids.size()) + 1;
-        const auto id = ids.try_emplace({item.title, occurrences[item.title]++}, next).first->second;
+        const auto id =
+            ids.try_emplace({item.title, occurrences[item.title]++}, next).first->second;
         rows.push_back({id, item});
     }
     if (!std::exchange(waiting, false)) return;
-    bus.send(QDBusMessage::createSignal(path, interfaceName, "LayoutUpdated") << ++revision << rootID);
+    bus.send(QDBusMessage::createSignal(path, interfaceName, "LayoutUpdated")
+             << ++revision << rootID);
 }
 
 const ExportedMenu::Row* ExportedMenu::find(int id) const {
@@ -183,9 +186,9 @@ void ExportedMenu::closed() {
     if (waiting) publish();
 }
 
-/// The action runs from the event loop: it may take the status item away, and this menu with it. A click closes
-/// the menu, and some hosts flip its check mark by themselves, so the rows are sent again even if the action
-/// changed none.
+/// The action runs from the event loop: it may take the status item away, and this menu with it. A
+/// click closes the menu, and some hosts flip its check mark by themselves, so the rows are sent
+/// again even if the action changed none.
 void ExportedMenu::chosen(int id) {
     const Row* row = find(id);
     if (!row || !row->item.action) return;
@@ -220,7 +223,8 @@ QVariantList ExportedMenu::getGroupProperties(const QVariantList& arguments) {
     QList<Properties> found;
     if (wanted.contains(rootID)) found << Properties{rootID, rootProperties()};
     for (const Row& row : rows) {
-        if (wanted.isEmpty() || wanted.contains(row.id)) found << Properties{row.id, propertiesOf(row.item)};
+        if (wanted.isEmpty() || wanted.contains(row.id))
+            found << Properties{row.id, propertiesOf(row.item)};
     }
     return {QVariant::fromValue(found)};
 }
@@ -263,8 +267,10 @@ bool ExportedMenu::handleMessage(const QDBusMessage& message, const QDBusConnect
         {"Event", &ExportedMenu::event},
         {"EventGroup", &ExportedMenu::eventGroup},
     };
-    const QVariantMap properties{
-        {"Version", 3u}, {"TextDirection", "ltr"}, {"Status", "normal"}, {"IconThemePath", QStringList()}};
+    const QVariantMap properties{{"Version", 3u},
+                                 {"TextDirection", "ltr"},
+                                 {"Status", "normal"},
+                                 {"IconThemePath", QStringList()}};
     const auto handler = handlers.find(message.member());
     if (handler == handlers.end()) return answerProperties(message, connection, properties);
     return connection.send(message.createReply((this->*handler->second)(message.arguments())));

@@ -15,8 +15,8 @@ public:
     ExportedMenu(const QDBusConnection& bus, const QString& path);
     ~ExportedMenu() override;
 
-    /// A host that has the menu open closes it or cuts it off when rows change, so changes wait while it may be
-    /// open.
+    /// A host that has the menu open closes it or cuts it off when rows change, so changes wait
+    /// while it may be open.
     void setItems(MenuItems items);
 
     /// Not every host tells that it closed the menu; it then counts as open for some seconds.

@@ -37,7 +37,8 @@ void FlatButton::paintEvent(QPaintEvent*) {
     canvas.drawCentred(TextLine(current.title, current.font), bounds.center(), current.color);
     if (hasFocus()) {
         const Rect ring = bounds.inset(focusRing.width / 2);
-        canvas.strokeRounded(ring, current.cornerRadius, Color::white(focusRing.alpha), focusRing.width);
+        canvas.strokeRounded(ring, current.cornerRadius, Color::white(focusRing.alpha),
+                             focusRing.width);
     }
 }
 

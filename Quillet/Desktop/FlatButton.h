@@ -5,7 +5,8 @@
 
 #include "Desktop/Canvas.h"
 
-/// A push button without a frame that shows only its title, and while the keyboard is on it a focus ring.
+/// A push button without a frame that shows only its title, and while the keyboard is on it a focus
+/// ring.
 class FlatButton : public QPushButton {
 public:
     struct Look {
@@ -28,7 +29,8 @@ public:
 protected:
     void paintEvent(QPaintEvent*) override;
     void keyPressEvent(QKeyEvent* event) override;  // Return presses it as the space bar does
-    void nextCheckState() override {}  // a press asks for a change; the owner shows it once it is made
+    void nextCheckState() override {
+    }  // a press asks for a change; the owner shows it once it is made
 
 private:
     Look current;

@@ -14,19 +14,23 @@ namespace {
 constexpr auto bare = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                       Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint;
 
-constexpr int pictureDelay = 50;  // milliseconds until a compositor has the picture of a window that grew
-constexpr int focusDelay = 500;   // milliseconds until a compositor has given the focus to a window that it shows
+constexpr int pictureDelay =
+    50;  // milliseconds until a compositor has the picture of a window that grew
+constexpr int focusDelay =
+    500;  // milliseconds until a compositor has given the focus to a window that it shows
 
-/// Unmanaged where that exists: no window manager keeps a managed window above full-screen ones, on every
-/// workspace and away from the focus. A Wayland compositor would not show an unmanaged one at all.
+/// Unmanaged where that exists: no window manager keeps a managed window above full-screen ones, on
+/// every workspace and away from the focus. A Wayland compositor would not show an unmanaged one at
+/// all.
 Qt::WindowFlags windowForm() {
     return X11::connection() ? bare | Qt::BypassWindowManagerHint : bare;
 }
 
-/// Whether the window manager has put another window on top. Without a timer: it tells in the root window's
-/// properties.
+/// Whether the window manager has put another window on top. Without a timer: it tells in the root
+/// window's properties.
 bool isRestacking(const xcb_generic_event_t& event) {
-    static const std::array restacked{X11::atom("_NET_ACTIVE_WINDOW"), X11::atom("_NET_CLIENT_LIST_STACKING")};
+    static const std::array restacked{X11::atom("_NET_ACTIVE_WINDOW"),
+                                      X11::atom("_NET_CLIENT_LIST_STACKING")};
     if ((event.response_type & 0x7f) != XCB_PROPERTY_NOTIFY) return false;
     const xcb_atom_t changed = reinterpret_cast<const xcb_property_notify_event_t&>(event).atom;
     return changed == restacked[0] || changed == restacked[1];
@@ -78,9 +82,11 @@ QRect FloatingWindow::frame() const {
 }
 
 void FloatingWindow::setFrame(const QRect& frame) {
-    const bool isShownAnew = isPlacedByCompositor() && isVisible() && frame.size() != this->frame().size();
+    const bool isShownAnew =
+        isPlacedByCompositor() && isVisible() && frame.size() != this->frame().size();
     if (isShownAnew) QWidget::setVisible(false);
-    if (isPlacedByCompositor()) setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
+    if (isPlacedByCompositor())
+        setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
     if (drag) drag->frame = frame;
     if (!drag || !drag->within) setGeometry(frame);
     if (content) content->setGeometry(frame.translated(-pos()));
@@ -130,14 +136,15 @@ void FloatingWindow::setGivesWay(const void* whom, bool gives) {
 void FloatingWindow::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
     if (isPlacedByCompositor()) {
-        windowHandle()->startSystemMove();  // where windows don't know their place, the compositor moves them
+        windowHandle()
+            ->startSystemMove();  // where windows don't know their place, the compositor moves them
         return;
     }
     const QRect before = frame();
     drag = Drag{event->globalPosition() - before.topLeft(), before, false, Screens::areXwayland()};
     if (!drag->within) return;
-    // A compositor takes a new place at once and a new size with the next picture: placed anew before that, the
-    // small window would slip away from under the pointer.
+    // A compositor takes a new place at once and a new size with the next picture: placed anew
+    // before that, the small window would slip away from under the pointer.
     resize(Screens::desktop().size());
     placing.start();
 }

@@ -11,12 +11,13 @@
 
 #include "Desktop/Geometry.h"
 
-/// A small window above all others, full-screen ones included, on every workspace, in no task bar and never with
-/// the focus. It is dragged by its background. Coordinates are points with the origin at the bottom-left of the
-/// primary screen, y upwards.
+/// A small window above all others, full-screen ones included, on every workspace, in no task bar
+/// and never with the focus. It is dragged by its background. Coordinates are points with the
+/// origin at the bottom-left of the primary screen, y upwards.
 class FloatingWindow : public QWidget, private QAbstractNativeEventFilter {
 public:
-    /// The content view keeps its owner. Where the desktop shows no transparency, the corners are cut off instead.
+    /// The content view keeps its owner. Where the desktop shows no transparency, the corners are
+    /// cut off instead.
     explicit FloatingWindow(QWidget* content, double cornerRadius = 0);
     ~FloatingWindow() override;
 
@@ -29,10 +30,12 @@ public:
     void setOrigin(Point origin);
     void resizeKeepingOrigin(QSize size);
 
-    /// Bars that can't be put under what `whom` shows at `area` stay away until it calls with an empty one.
+    /// Bars that can't be put under what `whom` shows at `area` stay away until it calls with an
+    /// empty one.
     static void makeWay(const void* whom, const QRect& area);
 
-    /// Whether windows neither know nor choose their place, and keep the size that they are first shown with.
+    /// Whether windows neither know nor choose their place, and keep the size that they are first
+    /// shown with.
     static bool isPlacedByCompositor();
 
     /// Whether a bar has the focus only because it came up just now.
@@ -40,8 +43,8 @@ public:
 
     void setVisible(bool visible) override;
 
-    /// Of the bar itself, in Qt's coordinates. The window may be larger: while it is dragged, and where a
-    /// compositor has a minimum size.
+    /// Of the bar itself, in Qt's coordinates. The window may be larger: while it is dragged, and
+    /// where a compositor has a minimum size.
     QRect frame() const;
 
 protected:
@@ -58,8 +61,8 @@ private:
         QPointF grip;  ///< From the bar's top left corner.
         QRect frame;
         bool moved = false;
-        /// The window grows over all screens and the bar moves within: under Xwayland some compositors lose the
-        /// pointer when the window itself moves beneath it.
+        /// The window grows over all screens and the bar moves within: under Xwayland some
+        /// compositors lose the pointer when the window itself moves beneath it.
         bool within = false;
     };
 

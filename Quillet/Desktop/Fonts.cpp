@@ -12,8 +12,10 @@ QString loadFamily() {
     QString family;
     for (const char* face : {"Regular", "Medium", "SemiBold", "Bold", "ExtraBold"}) {
         const QResource file(QStringLiteral(":/fonts/Inter-%1.otf").arg(face));
-        const auto data = QByteArray::fromRawData(reinterpret_cast<const char*>(file.data()), file.size());
-        const int id = QFontDatabase::addApplicationFontFromData(data);  // where it is, without a copy
+        const auto data =
+            QByteArray::fromRawData(reinterpret_cast<const char*>(file.data()), file.size());
+        const int id =
+            QFontDatabase::addApplicationFontFromData(data);  // where it is, without a copy
         family = QFontDatabase::applicationFontFamilies(id).value(0, family);
     }
     return family;
@@ -26,7 +28,8 @@ const QString& family() {
 
 }  // namespace
 
-// The initializer of a static library's resources has to be called, and only from outside any namespace.
+// The initializer of a static library's resources has to be called, and only from outside any
+// namespace.
 static void initializeResources() {
     Q_INIT_RESOURCE(fonts);
 }
@@ -44,7 +47,8 @@ QFont Fonts::font(const TextStyle& style) {
 }
 
 QString Fonts::withTabularDigits(QString text) {
-    static const bool supported = QRawFont::fromFont(font({12})).supportsCharacter(uint(tabularZero));
+    static const bool supported =
+        QRawFont::fromFont(font({12})).supportsCharacter(uint(tabularZero));
     if (!supported) return text;
     for (QChar& c : text) {
         if (c >= u'0' && c <= u'9') c = QChar(tabularZero + (c.unicode() - u'0'));

@@ -23,7 +23,9 @@ struct Rect {
     }
 
     constexpr Rect shifted(double dx, double dy) const { return {x + dx, y + dy, width, height}; }
-    constexpr Rect inset(double by) const { return {x + by, y + by, width - 2 * by, height - 2 * by}; }
+    constexpr Rect inset(double by) const {
+        return {x + by, y + by, width - 2 * by, height - 2 * by};
+    }
     constexpr double midX() const { return x + width / 2; }
     constexpr double midY() const { return y + height / 2; }
     constexpr Point center() const { return {midX(), midY()}; }

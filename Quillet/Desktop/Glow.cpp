@@ -1,5 +1,6 @@
-// Along the straight middle of a long bar every column of its blur is the same. So a glow is blurred on a short
-// tile, whose middle column is stretched, and costs the same whatever the bar's length.
+// Along the straight middle of a long bar every column of its blur is the same. So a glow is
+// blurred on a short tile, whose middle column is stretched, and costs the same whatever the bar's
+// length.
 #include "Desktop/Glow.h"
 
 #include <QImage>
@@ -42,7 +43,8 @@ struct Rows {
     int end;
 };
 
-// Both blurs add one weight at a time over whole rows, which the compiler turns into vector instructions.
+// Both blurs add one weight at a time over whole rows, which the compiler turns into vector
+// instructions.
 
 Plane blurredRows(const Plane& source, const std::vector<float>& kernel, Rows lit) {
     const int reach = static_cast<int>(kernel.size() / 2);
@@ -97,7 +99,8 @@ Plane alphaOfShape(const QRectF& shape, double cornerRadius, QSize size) {
 
 QImage colored(Plane plane, const Color& color) {
     QImage image(plane.width, plane.height, QImage::Format_ARGB32_Premultiplied);
-    const QRgb base = QColor::fromRgbF(float(color.red), float(color.green), float(color.blue)).rgb() & RGB_MASK;
+    const QRgb base =
+        QColor::fromRgbF(float(color.red), float(color.green), float(color.blue)).rgb() & RGB_MASK;
     const float full = static_cast<float>(color.alpha * 255);
     for (int y = 0; y < plane.height; ++y) {
         auto* pixels = reinterpret_cast<QRgb*>(image.scanLine(y));
@@ -122,8 +125,9 @@ struct Tile {
 };
 
 std::size_t qHash(const Tile& tile, std::size_t seed) {
-    return qHashMulti(seed, tile.width, tile.height, tile.x, tile.y, tile.shapeWidth, tile.shapeHeight,
-                      tile.cornerRadius, tile.deviation, tile.red, tile.green, tile.blue, tile.alpha);
+    return qHashMulti(seed, tile.width, tile.height, tile.x, tile.y, tile.shapeWidth,
+                      tile.shapeHeight, tile.cornerRadius, tile.deviation, tile.red, tile.green,
+                      tile.blue, tile.alpha);
 }
 
 QImage blurred(const Tile& tile) {
@@ -135,7 +139,8 @@ QImage blurred(const Tile& tile) {
     return colored(blurredColumns(blurredRows(alpha, kernel, lit), kernel, lit), color);
 }
 
-/// With its edges at quarters of a pixel: no blur shows the difference, and refreshes share more tiles.
+/// With its edges at quarters of a pixel: no blur shows the difference, and refreshes share more
+/// tiles.
 QRectF atQuarters(const QRectF& rect) {
     const auto nearest = [](double edge) { return std::round(edge * 4) / 4; };
     return {QPointF(nearest(rect.left()), nearest(rect.top())),
@@ -146,7 +151,8 @@ QImage imageOf(const Tile& tile) {
     constexpr int mostBytes = 512 * 1024;
     static QCache<Tile, QImage> cache(mostBytes);
     return Cache::findOrMake(
-        cache, tile, [&] { return blurred(tile); }, [](const QImage& image) { return image.sizeInBytes(); });
+        cache, tile, [&] { return blurred(tile); },
+        [](const QImage& image) { return image.sizeInBytes(); });
 }
 
 }  // namespace
@@ -164,9 +170,9 @@ void Glow::paint(QPainter& painter, const QRectF& shape, double cornerRadius) co
     const int cap = 2 * reach + static_cast<int>(std::ceil(cornerRadius * scale)) + 1;
     const int removed = std::max(0, box.width() - 2 * cap - 1);
     const QRectF inTile = device.translated(-box.topLeft()).adjusted(0, 0, -removed, 0);
-    const QImage tile =
-        imageOf({box.width() - removed, box.height(), inTile.x(), inTile.y(), inTile.width(), inTile.height(),
-                 cornerRadius * scale, deviation, reach, color.red, color.green, color.blue, color.alpha});
+    const QImage tile = imageOf({box.width() - removed, box.height(), inTile.x(), inTile.y(),
+                                 inTile.width(), inTile.height(), cornerRadius * scale, deviation,
+                                 reach, color.red, color.green, color.blue, color.alpha});
 
     const QTransform fromDevice = toDevice.inverted();
     const auto put = [&](int x, int width, int tileX, int tileWidth) {

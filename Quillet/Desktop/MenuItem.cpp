@@ -32,7 +32,8 @@ void addRow(QMenu& menu, const MenuItem& item) {
         row->setShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_A + (*item.keyEquivalent - 'a'))));
         row->setShortcutVisibleInContextMenu(true);
     }
-    if (item.action) QObject::connect(row, &QAction::triggered, qApp, item.action, Qt::QueuedConnection);
+    if (item.action)
+        QObject::connect(row, &QAction::triggered, qApp, item.action, Qt::QueuedConnection);
 }
 
 }  // namespace

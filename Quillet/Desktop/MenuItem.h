@@ -7,7 +7,8 @@
 
 class QMenu;
 
-/// One row of the context menu, whichever form the menu takes: the toolkit's own or one exported to a tray host.
+/// One row of the context menu, whichever form the menu takes: the toolkit's own or one exported to
+/// a tray host.
 struct MenuItem {
     std::string title;                  ///< Empty: a separator.
     std::optional<char> keyEquivalent;  ///< With the menu's modifier, Control.
@@ -18,12 +19,13 @@ struct MenuItem {
 
     /// Whether both look alike; actions can't be compared.
     bool looksLike(const MenuItem& other) const {
-        return title == other.title && keyEquivalent == other.keyEquivalent && checked == other.checked &&
-               !action == !other.action;
+        return title == other.title && keyEquivalent == other.keyEquivalent &&
+               checked == other.checked && !action == !other.action;
     }
 };
 
 using MenuItems = std::vector<MenuItem>;
 
-/// Replaces the menu's rows. A chosen row's action runs from the event loop, so that it may destroy the menu.
+/// Replaces the menu's rows. A chosen row's action runs from the event loop, so that it may destroy
+/// the menu.
 void fillMenu(QMenu& menu, const MenuItems& items);

@@ -1,5 +1,5 @@
-// Whether a host shows a wide picture, and whether it tells where the item stands, is known only by its program:
-// the process that owns the watcher's name.
+// Whether a host shows a wide picture, and whether it tells where the item stands, is known only by
+// its program: the process that owns the watcher's name.
 #include "Desktop/NotifierHost.h"
 
 #include <QDBusMessage>
@@ -40,19 +40,22 @@ NotifierHost::NotifierHost(std::function<void(std::optional<Host>)> onHostChange
       ownership(watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange) {
     question.setSingleShot(true);
     question.callOnTimeout([this] { askOwner(); });
-    QObject::connect(&ownership, &QDBusServiceWatcher::serviceOwnerChanged, &question,
-                     [this](const QString&, const QString&, const QString& owner) { follow(owner); });
+    QObject::connect(
+        &ownership, &QDBusServiceWatcher::serviceOwnerChanged, &question,
+        [this](const QString&, const QString&, const QString& owner) { follow(owner); });
     for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
         bus.connect(watcherName, watcherPath, watcherName, change, &question, SLOT(start()));
     }
-    bus.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected", &question,
+    bus.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected",
+                &question,
                 SLOT(start()));  // the bus itself went
     question.start();
 }
 
 NotifierHost::~NotifierHost() = default;
 
-/// A watcher that goes has forgotten its items, even if the same connection takes the name again at once.
+/// A watcher that goes has forgotten its items, even if the same connection takes the name again at
+/// once.
 void NotifierHost::follow(const QString& owner) {
     if (!owner.isEmpty()) return question.start();
     question.stop();
@@ -70,8 +73,8 @@ void NotifierHost::ask(const QDBusMessage& message, Step then) {
 }
 
 void NotifierHost::askBus(const char* method, const QString& name, Step then) {
-    ask(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                       method)
+    ask(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                       "org.freedesktop.DBus", method)
             << name,
         then);
 }
@@ -85,8 +88,8 @@ void NotifierHost::askOwner() {
 void NotifierHost::askWhetherThere(const QDBusMessage& owner) {
     candidate = owner.arguments().value(0).toString();
     if (owner.type() != QDBusMessage::ReplyMessage) return settle(std::nullopt);
-    auto message =
-        QDBusMessage::createMethodCall(candidate, watcherPath, "org.freedesktop.DBus.Properties", "Get");
+    auto message = QDBusMessage::createMethodCall(candidate, watcherPath,
+                                                  "org.freedesktop.DBus.Properties", "Get");
     ask(message << watcherName << "IsStatusNotifierHostRegistered", &NotifierHost::askProcess);
 }
 

@@ -14,12 +14,14 @@ class QDBusPendingCallWatcher;
 class NotifierHost {
 public:
     struct Host {
-        QString watcher;             ///< Bus name of the connection that takes registrations.
-        bool showsWide = false;      ///< Shows a wide picture whole instead of squashing it into a square.
+        QString watcher;  ///< Bus name of the connection that takes registrations.
+        bool showsWide =
+            false;  ///< Shows a wide picture whole instead of squashing it into a square.
         bool tellsPosition = false;  ///< Says on a click where the item stands.
     };
 
-    /// `onChange` is called with the first answer, and whenever another host, or none, takes the place.
+    /// `onChange` is called with the first answer, and whenever another host, or none, takes the
+    /// place.
     explicit NotifierHost(std::function<void(std::optional<Host>)> onChange);
     ~NotifierHost();
 
@@ -41,6 +43,7 @@ private:
     QDBusServiceWatcher ownership;
     QTimer question;  ///< Its start is what the watcher's signals are connected to.
     std::unique_ptr<QDBusPendingCallWatcher> answer;
-    QString candidate;               ///< The watcher that is being asked about.
-    std::optional<QString> settled;  ///< The watcher of the newest call of `onChange`, empty for no host.
+    QString candidate;  ///< The watcher that is being asked about.
+    std::optional<QString>
+        settled;  ///< The watcher of the newest call of `onChange`, empty for no host.
 };

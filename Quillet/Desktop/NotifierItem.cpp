@@ -60,7 +60,8 @@ QDBusArgument& operator<<(QDBusArgument& out, const Pixmap& pixmap) {
 
 QDBusArgument& operator<<(QDBusArgument& out, const ToolTip& toolTip) {
     out.beginStructure();
-    out << QString() << QList<Pixmap>() << toolTip.title << toolTip.text;  // the first two: an icon of its own
+    out << QString() << QList<Pixmap>() << toolTip.title
+        << toolTip.text;  // the first two: an icon of its own
     out.endStructure();
     return out;
 }
@@ -84,7 +85,10 @@ Pixmap pixmap(const QImage& image) {
 
 QString uniqueService() {
     static int count = 0;
-    return QStringLiteral("%1-%2-%3").arg(interfaceName).arg(QCoreApplication::applicationPid()).arg(++count);
+    return QStringLiteral("%1-%2-%3")
+        .arg(interfaceName)
+        .arg(QCoreApplication::applicationPid())
+        .arg(++count);
 }
 
 }  // namespace
@@ -124,7 +128,8 @@ void NotifierItem::setContent(const StatusContent& content) {
 
 void NotifierItem::registerItem() {
     auto message = QDBusMessage::createMethodCall(host.watcher, "/StatusNotifierWatcher",
-                                                  "org.kde.StatusNotifierWatcher", "RegisterStatusNotifierItem");
+                                                  "org.kde.StatusNotifierWatcher",
+                                                  "RegisterStatusNotifierItem");
     auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(message << service), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();
@@ -183,7 +188,8 @@ bool NotifierItem::handleMessage(const QDBusMessage& message, const QDBusConnect
     } else if (member == "Scroll") {
         connection.send(message.createReply());
     } else {
-        return false;  // ContextMenu too: hosts that draw no exported menu would get one without an anchor
+        return false;  // ContextMenu too: hosts that draw no exported menu would get one without an
+                       // anchor
     }
     return true;
 }

@@ -6,13 +6,13 @@
 #include "Desktop/NotifierHost.h"
 #include "Desktop/StatusItem.h"
 
-/// An item shown by a StatusNotifier host, with its menu exported beside it. The toolkit's own offers only
-/// squares.
+/// An item shown by a StatusNotifier host, with its menu exported beside it. The toolkit's own
+/// offers only squares.
 class NotifierItem : public StatusItem::Form, QDBusVirtualObject {
 public:
     /// `onRegistered` is called once the host has taken the item.
-    NotifierItem(const QDBusConnection& bus, NotifierHost::Host host, std::function<void()> onRegistered,
-                 StatusItem::Activate onActivate);
+    NotifierItem(const QDBusConnection& bus, NotifierHost::Host host,
+                 std::function<void()> onRegistered, StatusItem::Activate onActivate);
     ~NotifierItem() override;
 
     void setContent(const StatusContent& content) override;

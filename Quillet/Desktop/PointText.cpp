@@ -10,7 +10,8 @@ namespace {
 std::string decimal(double value) {
     std::array<char, 400> digits{};  // the longest plain double has about 330
     const auto end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed).ptr;
+        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed)
+            .ptr;
     return {digits.data(), end};
 }
 

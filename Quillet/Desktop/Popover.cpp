@@ -13,8 +13,9 @@
 
 namespace {
 
-constexpr qint64 reclickTime = 400;  // milliseconds between the press that closes it and the tray host's report
-constexpr int edgeReach = 48;        // a tray is never farther from its screen's edge
+constexpr qint64 reclickTime =
+    400;  // milliseconds between the press that closes it and the tray host's report
+constexpr int edgeReach = 48;  // a tray is never farther from its screen's edge
 
 bool isNearEdge(QPoint point) {
     const QRect area = Screens::available(point);
@@ -30,11 +31,13 @@ std::vector<QWidget*> inVisualOrder(const QWidget* view) {
     std::vector<QWidget*> controls;
     for (QWidget* const child : view->findChildren<QWidget*>())
         if (child->focusPolicy() & Qt::TabFocus) controls.push_back(child);
-    std::ranges::sort(controls, {}, [](const QWidget* control) { return control->geometry().top(); });
+    std::ranges::sort(controls, {},
+                      [](const QWidget* control) { return control->geometry().top(); });
     for (auto row = controls.begin(); row != controls.end();) {
         const int bottom = (*row)->geometry().bottom();
-        const auto next =
-            std::find_if(row, controls.end(), [bottom](const QWidget* c) { return c->geometry().top() > bottom; });
+        const auto next = std::find_if(row, controls.end(), [bottom](const QWidget* c) {
+            return c->geometry().top() > bottom;
+        });
         std::sort(row, next, [](const QWidget* a, const QWidget* b) { return a->x() < b->x(); });
         row = next;
     }
@@ -44,7 +47,8 @@ std::vector<QWidget*> inVisualOrder(const QWidget* view) {
 }  // namespace
 
 Popover::Popover(QWidget* shown) : view(shown), catcher(std::make_unique<ClickCatcher>(this)) {
-    setFocusPolicy(Qt::ClickFocus);  // holds the focus until the keyboard is used, so that no button looks chosen
+    setFocusPolicy(Qt::ClickFocus);  // holds the focus until the keyboard is used, so that no
+                                     // button looks chosen
     view->setParent(this);
     view->move(0, 0);
     view->show();
@@ -70,7 +74,8 @@ QRect Popover::place(const QRect& anchor, QSize size, const QRect& area) {
     const int above = anchor.y() - size.height();
     const bool fitsBelow = below + size.height() <= area.y() + area.height();
     const int y = fitsBelow || above < area.y() ? below : above;
-    return Screens::clamped({QPoint(anchor.x() + (anchor.width() - size.width()) / 2, y), size}, area);
+    return Screens::clamped({QPoint(anchor.x() + (anchor.width() - size.width()) / 2, y), size},
+                            area);
 }
 
 void Popover::show(std::optional<QRect> item, std::optional<QPoint> click) {
@@ -84,13 +89,13 @@ void Popover::show(std::optional<QRect> item, std::optional<QPoint> click) {
         return;
     }
     const QPoint pointer = QCursor::pos();
-    anchor =
-        item.value_or(X11::connection() ? QRect(pointer, QSize(1, 1)) : topRight(Screens::available(pointer)));
+    anchor = item.value_or(X11::connection() ? QRect(pointer, QSize(1, 1))
+                                             : topRight(Screens::available(pointer)));
     open();
 }
 
-/// A host that counts from elsewhere reports the same click for the same place, so what was found then still
-/// holds.
+/// A host that counts from elsewhere reports the same click for the same place, so what was found
+/// then still holds.
 QRect Popover::locate(std::optional<QPoint> click, std::optional<QPoint> pointer) {
     if (pointer && isNearEdge(*pointer)) {
         lastClick = click;
@@ -106,7 +111,8 @@ void Popover::open() {
     orderFocus();
     setFocus();
     follow();
-    if (form == Form::window && X11::connection()) X11::leaveTaskBar(this);  // Plasma lists tool windows too
+    if (form == Form::window && X11::connection())
+        X11::leaveTaskBar(this);  // Plasma lists tool windows too
     QWidget::show();
     if (form == Form::window) activateWindow();
     catchClicks();
@@ -127,7 +133,8 @@ Popover::Form Popover::bestForm() {
 
 void Popover::setForm(Form best) {
     form = best;
-    const Qt::WindowFlags type = best == Form::window ? Qt::Tool | Qt::WindowStaysOnTopHint : Qt::Popup;
+    const Qt::WindowFlags type =
+        best == Form::window ? Qt::Tool | Qt::WindowStaysOnTopHint : Qt::Popup;
     setWindowFlags(type | Qt::FramelessWindowHint);
 }
 
@@ -164,7 +171,8 @@ bool Popover::event(QEvent* event) {
     if (event->type() == QEvent::WindowDeactivate && form == Form::window) {
         hide();
         // On native Wayland what is shown last gets the focus.
-        if (FloatingWindow::hasTakenFocus()) QMetaObject::invokeMethod(this, &QWidget::show, Qt::QueuedConnection);
+        if (FloatingWindow::hasTakenFocus())
+            QMetaObject::invokeMethod(this, &QWidget::show, Qt::QueuedConnection);
     }
     if (event->type() == QEvent::Show) setBarsGiveWay(true);
     return QWidget::event(event);
@@ -172,7 +180,8 @@ bool Popover::event(QEvent* event) {
 
 bool Popover::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Resize && isVisible()) follow();
-    if (event->type() == QEvent::Paint) setBarsGiveWay(isVisible());  // a control may have brought a bar
+    if (event->type() == QEvent::Paint)
+        setBarsGiveWay(isVisible());  // a control may have brought a bar
     return QWidget::eventFilter(watched, event);
 }
 

@@ -9,8 +9,9 @@
 
 class ClickCatcher;
 
-/// A borderless window with one view that hangs at the status item and closes when the user turns elsewhere: a
-/// click outside, Escape, or a click on the item. It takes the view's size, also while it is open.
+/// A borderless window with one view that hangs at the status item and closes when the user turns
+/// elsewhere: a click outside, Escape, or a click on the item. It takes the view's size, also while
+/// it is open.
 class Popover : public QWidget {
 public:
     /// The view keeps its owner.
@@ -19,13 +20,15 @@ public:
 
     bool isShown() const;
 
-    /// Under the item (Qt's coordinates), or over it where there is no room below, wholly on the item's screen. An
-    /// item whose place is unknown stands where the pointer is found at a screen's edge, else where the click was
-    /// reported, if that is at an edge, else in the top right corner.
+    /// Under the item (Qt's coordinates), or over it where there is no room below, wholly on the
+    /// item's screen. An item whose place is unknown stands where the pointer is found at a
+    /// screen's edge, else where the click was reported, if that is at an edge, else in the top
+    /// right corner.
     void show(std::optional<QRect> item, std::optional<QPoint> click = std::nullopt);
     void close();
 
-    /// Whether it closed so recently that the click that reaches the item now is the one that closed it.
+    /// Whether it closed so recently that the click that reaches the item now is the one that
+    /// closed it.
     bool justClosed() const;
 
     /// Where a popover of `size` stands at `anchor`, within `area`.

@@ -33,7 +33,8 @@ std::vector<Screens::Strut> panels() {
     for (const auto& numbers : X11::properties(X11::managedWindows(), declared)) {
         if (numbers.size() < 12) continue;
         const auto at = [&numbers](std::size_t index) { return static_cast<int>(numbers[index]); };
-        struts.push_back({at(0), at(1), at(2), at(3), at(4), at(5), at(6), at(7), at(8), at(9), at(10), at(11)});
+        struts.push_back(
+            {at(0), at(1), at(2), at(3), at(4), at(5), at(6), at(7), at(8), at(9), at(10), at(11)});
     }
     return struts;
 }
@@ -62,8 +63,8 @@ QRect withoutPanels(const QScreen* screen) {
     return fromNative(screen, rest);
 }
 
-/// A Wayland desktop's panels are seen by the compositor alone. Some keep their room free in the work area; where
-/// none does, most panels stand at the top or the bottom.
+/// A Wayland desktop's panels are seen by the compositor alone. Some keep their room free in the
+/// work area; where none does, most panels stand at the top or the bottom.
 QRect withinWorkArea(const QScreen* screen) {
     const QRect told = X11::workArea();
     const QRect rest = native(screen) & told;
@@ -82,20 +83,23 @@ void watch(QScreen* screen, QTimer* settled) {
 
 Rect Screens::fromToolkit(const QRect& rect) {
     const QRect primary = primaryFrame();
-    return {double(rect.x() - primary.x()), double(primary.y() + primary.height() - rect.y() - rect.height()),
-            double(rect.width()), double(rect.height())};
+    return {double(rect.x() - primary.x()),
+            double(primary.y() + primary.height() - rect.y() - rect.height()), double(rect.width()),
+            double(rect.height())};
 }
 
 QRect Screens::toToolkit(Rect rect) {
     const QRect primary = primaryFrame();
-    return {QPoint(qRound(rect.x) + primary.x(), primary.y() + primary.height() - qRound(rect.maxY())),
-            QSize(qRound(rect.width), qRound(rect.height))};
+    return {
+        QPoint(qRound(rect.x) + primary.x(), primary.y() + primary.height() - qRound(rect.maxY())),
+        QSize(qRound(rect.width), qRound(rect.height))};
 }
 
 QPoint Screens::fromNative(QPoint point) {
     for (const QScreen* const screen : QGuiApplication::screens()) {
         const QPoint corner = screen->geometry().topLeft();
-        if (native(screen).contains(point)) return corner + (point - corner) / screen->devicePixelRatio();
+        if (native(screen).contains(point))
+            return corner + (point - corner) / screen->devicePixelRatio();
     }
     return point;
 }
@@ -117,17 +121,22 @@ std::optional<Rect> Screens::visibleFrame() {
 }
 
 QRect Screens::without(const Strut& panel, QRect screen, QSize desktop) {
-    const auto meets = [](int from, int to, int low, int high) { return from <= high && to >= low; };
+    const auto meets = [](int from, int to, int low, int high) {
+        return from <= high && to >= low;
+    };
     const bool isAbove = meets(panel.topFrom, panel.topTo, screen.left(), screen.right());
     const bool isBelow = meets(panel.bottomFrom, panel.bottomTo, screen.left(), screen.right());
     const bool isLeft = meets(panel.leftFrom, panel.leftTo, screen.top(), screen.bottom());
     const bool isRight = meets(panel.rightFrom, panel.rightTo, screen.top(), screen.bottom());
-    const int bottom = desktop.height() - 1 - panel.bottom, right = desktop.width() - 1 - panel.right;
-    // A panel that would take it all stands on another screen, farther from the edge that both count from.
+    const int bottom = desktop.height() - 1 - panel.bottom,
+              right = desktop.width() - 1 - panel.right;
+    // A panel that would take it all stands on another screen, farther from the edge that both
+    // count from.
     QRect rest = screen;
     if (isAbove && panel.top > screen.top() && panel.top <= screen.bottom()) rest.setTop(panel.top);
     if (isBelow && bottom < screen.bottom() && bottom >= screen.top()) rest.setBottom(bottom);
-    if (isLeft && panel.left > screen.left() && panel.left <= screen.right()) rest.setLeft(panel.left);
+    if (isLeft && panel.left > screen.left() && panel.left <= screen.right())
+        rest.setLeft(panel.left);
     if (isRight && right < screen.right() && right >= screen.left()) rest.setRight(right);
     return rest;
 }
@@ -170,8 +179,10 @@ void Screens::onChange(QObject* receiver, const std::function<void()>& changed) 
         watch(screen, settled);
         settled->start();
     });
-    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, settled, [settled] { settled->start(); });
-    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, settled, [settled] { settled->start(); });
+    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, settled,
+                     [settled] { settled->start(); });
+    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, settled,
+                     [settled] { settled->start(); });
 }
 
 bool Screens::areXwayland() {

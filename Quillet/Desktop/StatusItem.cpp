@@ -14,9 +14,11 @@
 
 namespace {
 
-constexpr int embeddingDelay = 500;  // milliseconds; a panel that does both embeds before it can be notified
-constexpr int cornerDelay = 3000;    // milliseconds; a panel that restarts is back by then
-constexpr int hostTimeout = 5000;    // milliseconds until a host must have answered and taken the item
+constexpr int embeddingDelay =
+    500;  // milliseconds; a panel that does both embeds before it can be notified
+constexpr int cornerDelay = 3000;  // milliseconds; a panel that restarts is back by then
+constexpr int hostTimeout =
+    5000;  // milliseconds until a host must have answered and taken the item
 
 }  // namespace
 
@@ -99,8 +101,8 @@ void StatusItem::State::follow(std::optional<NotifierHost::Host> current) {
     take<NotifierItem>(host.connection(), *current, [this] { leaveCorner(); });
 }
 
-/// Asks only while no host can be notified, since the first question settles for the whole process whether Qt's
-/// icon embeds itself.
+/// Asks only while no host can be notified, since the first question settles for the whole process
+/// whether Qt's icon embeds itself.
 void StatusItem::State::lookForEmbedding() {
     if (TrayIcon::hasHost()) {
         leaveCorner();
@@ -122,7 +124,8 @@ bool StatusItem::State::nativeEventFilter(const QByteArray& type, void* message,
     return false;
 }
 
-StatusItem::StatusItem(Activate onActivate) : state(std::make_unique<State>(std::move(onActivate))) {}
+StatusItem::StatusItem(Activate onActivate)
+    : state(std::make_unique<State>(std::move(onActivate))) {}
 
 StatusItem::~StatusItem() = default;
 

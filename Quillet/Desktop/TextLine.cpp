@@ -12,7 +12,8 @@ namespace {
 QString singleLine(const std::string& text) {
     QString line = QString::fromStdString(text).left(TextLine::longest);
     for (QChar& c : line) {
-        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator) {
+        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
+            c == QChar::ParagraphSeparator) {
             c = u' ';
         }
     }
@@ -52,7 +53,8 @@ Layout layoutOf(const QString& line, const QFont& font) {
 
 TextLine::TextLine(const std::string& text, const TextStyle& style) {
     const QString line = singleLine(text);
-    layout = layoutOf(style.tabularDigits ? Fonts::withTabularDigits(line) : line, Fonts::font(style));
+    layout =
+        layoutOf(style.tabularDigits ? Fonts::withTabularDigits(line) : line, Fonts::font(style));
 }
 
 double TextLine::width() const {

@@ -24,8 +24,10 @@ xcb_connection_t* X11::connection() {
 }
 
 xcb_atom_t X11::atom(const char* name) {
-    const auto request = xcb_intern_atom(connection(), 0, static_cast<uint16_t>(std::strlen(name)), name);
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection(), request, nullptr));
+    const auto request =
+        xcb_intern_atom(connection(), 0, static_cast<uint16_t>(std::strlen(name)), name);
+    const Reply<xcb_intern_atom_reply_t> reply(
+        xcb_intern_atom_reply(connection(), request, nullptr));
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
@@ -37,14 +39,17 @@ bool X11::isOwned(const char* selection) {
 }
 
 /// All are asked for before the first is waited for.
-std::vector<std::vector<uint32_t>> X11::properties(const std::vector<xcb_window_t>& windows, xcb_atom_t name) {
+std::vector<std::vector<uint32_t>> X11::properties(const std::vector<xcb_window_t>& windows,
+                                                   xcb_atom_t name) {
     std::vector<xcb_get_property_cookie_t> requests;
     requests.reserve(windows.size());
     for (const xcb_window_t window : windows)
-        requests.push_back(xcb_get_property(connection(), 0, window, name, XCB_ATOM_ANY, 0, longest));
+        requests.push_back(
+            xcb_get_property(connection(), 0, window, name, XCB_ATOM_ANY, 0, longest));
     std::vector<std::vector<uint32_t>> values;
     for (const auto request : requests) {
-        const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection(), request, nullptr));
+        const Reply<xcb_get_property_reply_t> reply(
+            xcb_get_property_reply(connection(), request, nullptr));
         auto& value = values.emplace_back();
         if (!reply || reply->format != 32) continue;
         const auto* const first = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
@@ -61,9 +66,10 @@ std::vector<xcb_window_t> X11::managedWindows() {
 std::string X11::windowManager() {
     const auto speaker = properties({root()}, atom("_NET_SUPPORTING_WM_CHECK")).front();
     if (speaker.empty()) return {};
-    const auto request =
-        xcb_get_property(connection(), 0, speaker.front(), atom("_NET_WM_NAME"), XCB_ATOM_ANY, 0, longest);
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection(), request, nullptr));
+    const auto request = xcb_get_property(connection(), 0, speaker.front(), atom("_NET_WM_NAME"),
+                                          XCB_ATOM_ANY, 0, longest);
+    const Reply<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(connection(), request, nullptr));
     if (!reply || reply->format != 8) return {};
     const auto* const name = static_cast<const char*>(xcb_get_property_value(reply.get()));
     return {name, name + reply->value_len};
@@ -78,9 +84,11 @@ QRect X11::workArea() {
 }
 
 void X11::leaveTaskBar(QWidget* window) {
-    const xcb_atom_t states[] = {atom("_NET_WM_STATE_SKIP_TASKBAR"), atom("_NET_WM_STATE_SKIP_PAGER")};
-    xcb_change_property(connection(), XCB_PROP_MODE_APPEND, static_cast<xcb_window_t>(window->winId()),
-                        atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, std::size(states), states);
+    const xcb_atom_t states[] = {atom("_NET_WM_STATE_SKIP_TASKBAR"),
+                                 atom("_NET_WM_STATE_SKIP_PAGER")};
+    xcb_change_property(connection(), XCB_PROP_MODE_APPEND,
+                        static_cast<xcb_window_t>(window->winId()), atom("_NET_WM_STATE"),
+                        XCB_ATOM_ATOM, 32, std::size(states), states);
 }
 
 void X11::cutCorners(QWidget* window, double radius) {

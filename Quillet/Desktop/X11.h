@@ -11,7 +11,8 @@
 
 class QWidget;
 
-/// What the toolkit doesn't ask of the X server. Only `connection` and `cutCorners` may be called without one.
+/// What the toolkit doesn't ask of the X server. Only `connection` and `cutCorners` may be called
+/// without one.
 namespace X11 {
 
 struct Free {
@@ -26,11 +27,13 @@ xcb_connection_t* connection();
 /// XCB_ATOM_NONE where the server doesn't answer.
 xcb_atom_t atom(const char* name);
 
-/// Whether there is a program that owns the selection, as compositors and trays own one of the screen's.
+/// Whether there is a program that owns the selection, as compositors and trays own one of the
+/// screen's.
 bool isOwned(const char* selection);
 
 /// A property that is a list of numbers, for each of the windows; empty where it is missing.
-std::vector<std::vector<uint32_t>> properties(const std::vector<xcb_window_t>& windows, xcb_atom_t name);
+std::vector<std::vector<uint32_t>> properties(const std::vector<xcb_window_t>& windows,
+                                              xcb_atom_t name);
 
 /// What the window manager calls itself; empty where there is none.
 std::string windowManager();

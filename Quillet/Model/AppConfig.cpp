@@ -32,7 +32,9 @@ std::vector<AppConfig::Entry> namedEntries(const std::vector<JSONObject>& provid
 
 void appendMissing(std::vector<AppConfig::Entry>& entries) {
     for (const Provider provider : Provider::allCases()) {
-        const auto isNamed = [&](const AppConfig::Entry& entry) { return entry.provider == provider; };
+        const auto isNamed = [&](const AppConfig::Entry& entry) {
+            return entry.provider == provider;
+        };
         if (std::ranges::none_of(entries, isNamed)) entries.push_back({provider, true});
     }
 }

@@ -6,7 +6,8 @@
 
 #include "Model/Provider.h"
 
-/// The user's configuration file, which is only ever read. Whatever is wrong with it falls back to the defaults.
+/// The user's configuration file, which is only ever read. Whatever is wrong with it falls back to
+/// the defaults.
 struct AppConfig {
     struct Entry {
         Provider provider;

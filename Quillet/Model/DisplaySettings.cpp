@@ -29,8 +29,10 @@ std::optional<DisplaySurface> DisplaySurface::fromRawValue(std::string_view text
 
 DisplaySettings DisplaySettings::load(bool hasTouchBar) {
     DisplaySettings settings;
-    for (const std::string& text : UserDefaults::textArray(key).value_or(std::vector<std::string>())) {
-        if (const auto surface = DisplaySurface::fromRawValue(text)) settings.surfaces.insert(*surface);
+    for (const std::string& text :
+         UserDefaults::textArray(key).value_or(std::vector<std::string>())) {
+        if (const auto surface = DisplaySurface::fromRawValue(text))
+            settings.surfaces.insert(*surface);
     }
     if (settings.surfaces.empty()) {
         settings.surfaces = {DisplaySurface::menuBar,

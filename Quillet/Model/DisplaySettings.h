@@ -33,8 +33,8 @@ constexpr std::array<DisplaySurface, 3> DisplaySurface::allCases() {
 struct DisplaySettings {
     std::set<DisplaySurface> surfaces;
 
-    /// The stored choice as it stands; without a usable one, the menu bar with the Touch Bar or, on a machine that
-    /// has none, with the floating bar. A stored empty choice counts as none.
+    /// The stored choice as it stands; without a usable one, the menu bar with the Touch Bar or, on
+    /// a machine that has none, with the floating bar. A stored empty choice counts as none.
     static DisplaySettings load(bool hasTouchBar);
 
     void save() const;

@@ -11,7 +11,8 @@ struct ModelName {
     const char* label;
 };
 
-// The first needle found anywhere in an identifier decides, so a longer one stands before its own beginning.
+// The first needle found anywhere in an identifier decides, so a longer one stands before its own
+// beginning.
 constexpr ModelName modelNames[] = {
     {"claude-fable-5", "Fable 5"},
     {"claude-opus-4-8", "Opus 4.8"},
@@ -42,7 +43,8 @@ constexpr EffortName effortNames[] = {
     {"medium", "Med"},  {"low", "Low"},     {"max", "Max"},      {"maximum", "Max"},
 };
 
-/// For a model newer than the table: its identifier without the vendor's prefixes, as capitalized words.
+/// For a model newer than the table: its identifier without the vendor's prefixes, as capitalized
+/// words.
 std::string derivedLabel(std::string identifier) {
     identifier = Text::replacing(std::move(identifier), "claude-", "");
     identifier = Text::replacing(std::move(identifier), "gpt-", "");

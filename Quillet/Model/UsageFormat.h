@@ -13,7 +13,8 @@ inline constexpr const char* now = "now";  ///< The reset text of an instant tha
 /// Whole percent, halves away from zero: "42%". "—" when absent, not finite or beyond 64 bits.
 std::string percentText(std::optional<double> percent);
 
-/// Time left until `date`: "45m", "3h 5m", "2d 4h", or `now` once it has come; "—" for one too far ahead to count.
+/// Time left until `date`: "45m", "3h 5m", "2d 4h", or `now` once it has come; "—" for one too far
+/// ahead to count.
 std::string resetText(Instant date);
 
 }  // namespace UsageFormat

@@ -8,8 +8,10 @@
 
 /// What is known about one provider's usage at one moment.
 struct UsageSnapshot {
-    static constexpr const char* notInstalled = "Not installed";    ///< The assistant's own folder is missing.
-    static constexpr const char* loginRequired = "Login required";  ///< It is there, without a usable login.
+    static constexpr const char* notInstalled =
+        "Not installed";  ///< The assistant's own folder is missing.
+    static constexpr const char* loginRequired =
+        "Login required";  ///< It is there, without a usable login.
 
     explicit UsageSnapshot(Provider provider) : provider(provider), updatedAt(Clock::now()) {}
 
@@ -22,7 +24,8 @@ struct UsageSnapshot {
     std::optional<double> weeklyPercent;  ///< Long window, likewise.
     std::optional<Instant> dailyResetAt;
     std::optional<Instant> weeklyResetAt;
-    /// Shown in place of figures: why there are none or, while connected, a count reported instead of them.
+    /// Shown in place of figures: why there are none or, while connected, a count reported instead
+    /// of them.
     std::optional<std::string> error;
     Instant updatedAt;  ///< When the data was obtained; a replay keeps it.
 };

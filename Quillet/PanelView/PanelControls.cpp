@@ -90,7 +90,8 @@ FlatButton* PanelView::addToggle(int tag, const char* accessibleName, Handler to
     button->tag = tag;
     button->setCheckable(true);
     button->setAccessibleName(QString::fromUtf8(accessibleName));
-    connect(button, &FlatButton::clicked, this, [this, button, toggled] { (this->*toggled)(button); });
+    connect(button, &FlatButton::clicked, this,
+            [this, button, toggled] { (this->*toggled)(button); });
     return button;
 }
 
@@ -143,7 +144,8 @@ void PanelView::layoutControls() {
     x = surfaceRow.x;
     for (const auto& [surface, button] : surfaceButtons) {
         const Size size = fittingSize(button);
-        place(button, {x, surfaceRow.y + (surfaceRow.bandHeight - size.height) / 2, size.width, size.height});
+        place(button, {x, surfaceRow.y + (surfaceRow.bandHeight - size.height) / 2, size.width,
+                       size.height});
         x += size.width + surfaceRow.gap;
     }
     const double y = (actionRow.bandHeight - fittingSize(refreshButton).height) / 2;
@@ -156,7 +158,8 @@ void PanelView::layoutControls() {
 }
 
 void PanelView::place(FlatButton* button, Rect frame) {
-    button->setGeometry(QRectF(frame.x, height() - frame.maxY(), frame.width, frame.height).toRect());
+    button->setGeometry(
+        QRectF(frame.x, height() - frame.maxY(), frame.width, frame.height).toRect());
 }
 
 bool PanelView::showsProvider(Provider provider) const {
@@ -181,6 +184,7 @@ void PanelView::providerToggled(const FlatButton* sender) const {
 }
 
 void PanelView::surfaceToggled(const FlatButton* sender) const {
-    const DisplaySurface surface = DisplaySurface::allCases().at(static_cast<std::size_t>(sender->tag));
+    const DisplaySurface surface =
+        DisplaySurface::allCases().at(static_cast<std::size_t>(sender->tag));
     if (onToggleSurface) onToggleSurface(surface, !settings.surfaces.contains(surface));
 }

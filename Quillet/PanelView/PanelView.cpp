@@ -76,24 +76,29 @@ bool isConnected(const PanelView::Entry& entry) {
 void drawNameAndDot(Canvas& canvas, const PanelView::Entry& entry, double midY) {
     const bool connected = isConnected(entry);
     const TextLine name(std::string(entry.provider.rawValue()), row.name);
-    canvas.draw(name, {row.textX, midY + row.nameY}, Color::white(connected ? 1 : row.disconnectedName));
+    canvas.draw(name, {row.textX, midY + row.nameY},
+                Color::white(connected ? 1 : row.disconnectedName));
 
     const Rect dot{row.textX + name.width() + row.dotGap, midY + row.dotY, row.dot, row.dot};
-    const Color color = connected ? Palette::level(Palette::highestPercent(*entry.snapshot).value_or(0))
-                                  : Color::white(row.disconnectedDot);
+    const Color color = connected
+                            ? Palette::level(Palette::highestPercent(*entry.snapshot).value_or(0))
+                            : Color::white(row.disconnectedDot);
     StatusDot::draw(canvas, dot, color, row.dotGlowRadius);
 }
 
 void drawGauges(Canvas& canvas, const UsageSnapshot& snapshot, double midY, double width) {
     const auto rect = [&](double y) { return Rect{row.gaugeX, midY + y, width, row.gaugeHeight}; };
-    UsageGauge(UsageGauge::panel, "5h", snapshot.dailyPercent, snapshot.dailyResetAt, rect(row.upperGaugeY))
+    UsageGauge(UsageGauge::panel, "5h", snapshot.dailyPercent, snapshot.dailyResetAt,
+               rect(row.upperGaugeY))
         .draw(canvas);
-    UsageGauge(UsageGauge::panel, "Wk", snapshot.weeklyPercent, snapshot.weeklyResetAt, rect(row.lowerGaugeY))
+    UsageGauge(UsageGauge::panel, "Wk", snapshot.weeklyPercent, snapshot.weeklyResetAt,
+               rect(row.lowerGaugeY))
         .draw(canvas);
 }
 
 void drawSectionLabel(Canvas& canvas, const char* text, double y) {
-    canvas.draw(TextLine(text, sectionLabel.font), {panel.margin, y}, Color::white(sectionLabel.alpha));
+    canvas.draw(TextLine(text, sectionLabel.font), {panel.margin, y},
+                Color::white(sectionLabel.alpha));
 }
 
 void drawFooterBrand(Canvas& canvas) {
@@ -107,7 +112,8 @@ void PanelView::update(std::vector<Entry> shown) {
     rebuildProviderButtons();
     orderFocus();
     const auto rows = static_cast<double>(std::max<std::size_t>(1, entries.size()));
-    setFixedSize(static_cast<int>(panel.width), static_cast<int>(panel.header + panel.row * rows + panel.bottom));
+    setFixedSize(static_cast<int>(panel.width),
+                 static_cast<int>(panel.header + panel.row * rows + panel.bottom));
     syncControlStates();
     layoutControls();
     QWidget::update();
@@ -132,25 +138,29 @@ void PanelView::draw(Canvas& canvas) const {
 }
 
 void PanelView::drawHeader(Canvas& canvas) const {
-    canvas.draw(TextLine("QUILLET", header.title), {panel.margin, height() - header.titleDrop}, Color::white());
+    canvas.draw(TextLine("QUILLET", header.title), {panel.margin, height() - header.titleDrop},
+                Color::white());
     const auto now = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(Clock::now()));
-    const TextLine time("updated " + now.toString(QStringLiteral("HH:mm")).toStdString(), header.time);
+    const TextLine time("updated " + now.toString(QStringLiteral("HH:mm")).toStdString(),
+                        header.time);
     canvas.draw(time, {width() - panel.margin - time.width(), height() - header.timeDrop},
                 Color::white(header.timeAlpha));
     drawSectionDivider(canvas, height() - panel.header);
 }
 
 void PanelView::drawSectionDivider(Canvas& canvas, double y) const {
-    canvas.fill({panel.margin, y, width() - 2 * panel.margin, panel.hairline}, Color::white(panel.dividerAlpha));
+    canvas.fill({panel.margin, y, width() - 2 * panel.margin, panel.hairline},
+                Color::white(panel.dividerAlpha));
 }
 
 void PanelView::drawRow(Canvas& canvas, double y, const Entry& entry) const {
     const double midY = y + panel.row / 2;
     const bool connected = isConnected(entry);
-    canvas.fill({panel.margin, y + panel.row - panel.hairline, width() - 2 * panel.margin, panel.hairline},
-                Color::white(row.separatorAlpha));
-    ProviderChip::draw(canvas, entry.provider, {panel.margin, midY - row.chip / 2, row.chip, row.chip},
-                       !connected);
+    canvas.fill(
+        {panel.margin, y + panel.row - panel.hairline, width() - 2 * panel.margin, panel.hairline},
+        Color::white(row.separatorAlpha));
+    ProviderChip::draw(canvas, entry.provider,
+                       {panel.margin, midY - row.chip / 2, row.chip, row.chip}, !connected);
     drawNameAndDot(canvas, entry, midY);
     if (const auto tag = entry.snapshot ? ModelTag::of(*entry.snapshot, connected) : std::nullopt) {
         tag->draw(canvas, ModelTag::panel, {row.textX, midY + row.tagY});
@@ -159,6 +169,7 @@ void PanelView::drawRow(Canvas& canvas, double y, const Entry& entry) const {
         drawGauges(canvas, *entry.snapshot, midY, width() - panel.margin - row.gaugeX);
     } else {
         const StatusMessage message = StatusMessage::of(entry.provider, entry.snapshot);
-        canvas.draw(TextLine(message.text, row.message), {row.gaugeX, midY + row.messageY}, message.color);
+        canvas.draw(TextLine(message.text, row.message), {row.gaugeX, midY + row.messageY},
+                    message.color);
     }
 }

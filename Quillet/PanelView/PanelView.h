@@ -12,8 +12,8 @@
 
 class FlatButton;
 
-/// The popover's content: a row per provider, and the controls below. It changes no choice itself: a press only
-/// calls back, and the next `update` shows what came of it.
+/// The popover's content: a row per provider, and the controls below. It changes no choice itself:
+/// a press only calls back, and the next `update` shows what came of it.
 class PanelView : public QWidget {
 public:
     struct Entry {
@@ -33,8 +33,8 @@ public:
     std::function<void()> onRefresh;
     std::function<void()> onDonate;
     std::function<void(DisplaySurface, bool)> onToggleSurface;  ///< With the requested new state.
-    std::function<void(Provider, bool)> onToggleProvider;       ///< With the requested new visibility.
-    std::function<bool(Provider)> isProviderVisible;            ///< Without it every provider is visible.
+    std::function<void(Provider, bool)> onToggleProvider;  ///< With the requested new visibility.
+    std::function<bool(Provider)> isProviderVisible;  ///< Without it every provider is visible.
 
     std::map<Provider, FlatButton*> providerButtons;  ///< Made at the first update.
     std::map<DisplaySurface, FlatButton*> surfaceButtons;

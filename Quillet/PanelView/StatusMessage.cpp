@@ -23,7 +23,8 @@ const char* signInHint(Provider provider) {
 }  // namespace
 
 StatusMessage StatusMessage::of(Provider provider, const std::optional<UsageSnapshot>& snapshot) {
-    if (snapshot && snapshot->error) return {*snapshot->error, snapshot->connected ? quiet : Palette::orange};
+    if (snapshot && snapshot->error)
+        return {*snapshot->error, snapshot->connected ? quiet : Palette::orange};
     if (snapshot && snapshot->connected) return {"connected", quiet};
     return {signInHint(provider), quiet};
 }

@@ -8,7 +8,8 @@
 namespace {
 
 Instant systemNow() {
-    return std::chrono::duration<Instant>(std::chrono::system_clock::now().time_since_epoch()).count();
+    return std::chrono::duration<Instant>(std::chrono::system_clock::now().time_since_epoch())
+        .count();
 }
 
 std::atomic<Clock::Source> currentSource = systemNow;
@@ -29,5 +30,6 @@ Instant Clock::startOfDay(Instant instant) {
     localtime_r(&seconds, &day);
     day.tm_hour = day.tm_min = day.tm_sec = 0;
     day.tm_isdst = -1;
-    return static_cast<Instant>(std::mktime(&day));  // takes a skipped midnight as the gap's far end
+    return static_cast<Instant>(
+        std::mktime(&day));  // takes a skipped midnight as the gap's far end
 }

@@ -13,7 +13,8 @@ std::string namedIn(const std::string& path);
 
 using Source = std::string (*)();
 
-/// Replaces what `identifier` asks and returns what it asked before; nullptr stands for the firmware.
+/// Replaces what `identifier` asks and returns what it asked before; nullptr stands for the
+/// firmware.
 Source exchangeSource(Source source);
 
 }  // namespace HardwareModel

@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// The platform's secret store. Linux desktops have several and servers none, so no store is asked here.
+/// The platform's secret store. Linux desktops have several and servers none, so no store is asked
+/// here.
 namespace Keychain {
 
 /// The secret stored for `service`; absent where there is no such item or no store.

@@ -25,18 +25,20 @@ public:
 /// Size of the open file in bytes; absent if it is not a regular one.
 std::optional<std::size_t> regularSize(const Descriptor& file) {
     struct stat status {};
-    if (file.number < 0 || fstat(file.number, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    if (file.number < 0 || fstat(file.number, &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
     return static_cast<std::size_t>(status.st_size);
 }
 
-/// From `offset` to the file's end as it is now, but no more than `maxBytes`. A file that shrank or grew since its
-/// size was read is no error.
-std::optional<std::string> readFrom(const Descriptor& file, std::size_t offset, std::size_t maxBytes) {
+/// From `offset` to the file's end as it is now, but no more than `maxBytes`. A file that shrank or
+/// grew since its size was read is no error.
+std::optional<std::string> readFrom(const Descriptor& file, std::size_t offset,
+                                    std::size_t maxBytes) {
     std::string bytes(maxBytes, '\0');
     std::size_t filled = 0;
     while (filled < maxBytes) {
-        const auto count =
-            pread(file.number, bytes.data() + filled, maxBytes - filled, static_cast<off_t>(offset + filled));
+        const auto count = pread(file.number, bytes.data() + filled, maxBytes - filled,
+                                 static_cast<off_t>(offset + filled));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return std::nullopt;
         if (count == 0) break;

@@ -16,8 +16,8 @@ struct Mapping {
     void* end;
 };
 
-/// Those whose every page is a file's, so that nothing is lost with them. Where a debugger set a breakpoint, say,
-/// a page is the process's own.
+/// Those whose every page is a file's, so that nothing is lost with them. Where a debugger set a
+/// breakpoint, say, a page is the process's own.
 std::vector<Mapping> unchangedMappings() {
     std::vector<Mapping> found;
     Mapping current{};
@@ -48,7 +48,8 @@ int trimObject(dl_phdr_info* object, std::size_t, void* unchanged) {
         const auto& segment = object->dlpi_phdr[i];
         if (segment.p_type != PT_LOAD || (segment.p_flags & PF_W) != 0) continue;
         const std::uintptr_t begin = object->dlpi_addr + segment.p_vaddr;
-        trimWithin(begin, begin + segment.p_memsz, *static_cast<const std::vector<Mapping>*>(unchanged));
+        trimWithin(begin, begin + segment.p_memsz,
+                   *static_cast<const std::vector<Mapping>*>(unchanged));
     }
     return 0;
 }

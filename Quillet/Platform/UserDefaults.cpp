@@ -20,13 +20,16 @@ std::string filePath() {
     return HomeDirectory::expanding("~/.config/quillet/defaults.json");
 }
 
-// Deeper values than any of ours are not written by this program, and writing them again would recurse as deep.
+// Deeper values than any of ours are not written by this program, and writing them again would
+// recurse as deep.
 constexpr int deepest = 100;
 
 /// The text's object; a discarded value when it is anything else.
 json object(std::string_view text) {
     bool tooDeep = false;
-    const auto limitDepth = [&](int depth, json::parse_event_t, json&) { return !(tooDeep |= depth > deepest); };
+    const auto limitDepth = [&](int depth, json::parse_event_t, json&) {
+        return !(tooDeep |= depth > deepest);
+    };
     json stored = json::parse(text, limitDepth, /*allow_exceptions=*/false);
     return stored.is_object() && !tooDeep ? stored : json(json::value_t::discarded);
 }
@@ -47,8 +50,8 @@ std::optional<State> state(const std::string& path) {
                  status.st_ctim.tv_nsec};
 }
 
-/// The file's object, discarded when there is a file and it holds or is anything else. It is asked for many times
-/// in one refresh, and read anew only when it has changed.
+/// The file's object, discarded when there is a file and it holds or is anything else. It is asked
+/// for many times in one refresh, and read anew only when it has changed.
 const json& read() {
     static std::optional<State> known;
     static json stored = json::object();
@@ -72,11 +75,13 @@ json value(const std::string& key) {
     return stored.is_object() ? stored.value(key, json()) : json();
 }
 
-/// Moves what somebody may still want out of the way, under the first name that is free; false if that failed.
+/// Moves what somebody may still want out of the way, under the first name that is free; false if
+/// that failed.
 bool setAside(const std::filesystem::path& path) {
     std::error_code error;
     std::string aside = path.string() + ".unreadable";
-    for (int count = 2; std::filesystem::exists(std::filesystem::symlink_status(aside, error)); ++count) {
+    for (int count = 2; std::filesystem::exists(std::filesystem::symlink_status(aside, error));
+         ++count) {
         aside = path.string() + ".unreadable-" + std::to_string(count);
     }
     std::filesystem::rename(path, aside, error);

@@ -21,8 +21,8 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-/// The permissions of the file to be: those of the one that it replaces, else what a new file usually gets. Absent
-/// where something stands that is no file, such as a device.
+/// The permissions of the file to be: those of the one that it replaces, else what a new file
+/// usually gets. Absent where something stands that is no file, such as a device.
 std::optional<mode_t> permissions(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return 0644;
@@ -35,13 +35,15 @@ std::optional<mode_t> permissions(const std::string& path) {
 bool WholeFile::write(const std::string& path, std::string_view bytes, Flush flush) {
     const auto mode = permissions(path);
     if (!mode) return false;
-    // In the same folder, so that the rename is one step, and with a name short enough beside the longest.
+    // In the same folder, so that the rename is one step, and with a name short enough beside the
+    // longest.
     std::string temporary = path.substr(0, path.rfind('/') + 1) + ".quillet-XXXXXX";
     const int file = mkostemp(temporary.data(), O_CLOEXEC);
     if (file < 0) return false;
-    const bool written =
-        writeAll(file, bytes) && fchmod(file, *mode) == 0 && (flush == Flush::no || fsync(file) == 0);
-    const bool replaced = close(file) == 0 && written && rename(temporary.c_str(), path.c_str()) == 0;
+    const bool written = writeAll(file, bytes) && fchmod(file, *mode) == 0 &&
+                         (flush == Flush::no || fsync(file) == 0);
+    const bool replaced =
+        close(file) == 0 && written && rename(temporary.c_str(), path.c_str()) == 0;
     if (!replaced) unlink(temporary.c_str());
     return replaced;
 }

@@ -1,5 +1,6 @@
-// Claude's own tool renews its token a little before it expires, so a token that is about to expire is read again
-// rather than sent. What it writes last is taken as it is; nothing is ever renewed from here.
+// Claude's own tool renews its token a little before it expires, so a token that is about to expire
+// is read again rather than sent. What it writes last is taken as it is; nothing is ever renewed
+// from here.
 #include "Providers/ClaudeProvider.h"
 
 #include "Model/ModelNaming.h"
@@ -14,7 +15,8 @@
 
 namespace {
 
-constexpr const char* credentialFiles[] = {"~/.claude/.credentials.json", "~/.config/claude/credentials.json"};
+constexpr const char* credentialFiles[] = {"~/.claude/.credentials.json",
+                                           "~/.config/claude/credentials.json"};
 constexpr const char* keychainService = "Claude Code-credentials";
 constexpr double tokenReuseMargin = 120;  // seconds before expiry
 constexpr double readBackOff = 900;       // seconds after a failed read
@@ -36,7 +38,8 @@ std::optional<Instant> resetInstant(const ClaudeProvider::Window& window) {
 }
 
 std::optional<std::string> planLabel(const ClaudeProvider::OAuth& login) {
-    return login.subscriptionType ? std::optional(Text::capitalized(*login.subscriptionType)) : std::nullopt;
+    return login.subscriptionType ? std::optional(Text::capitalized(*login.subscriptionType))
+                                  : std::nullopt;
 }
 
 std::optional<std::string> modelIDInLine(std::string_view line) {
@@ -48,12 +51,14 @@ std::optional<std::string> modelIDInLine(std::string_view line) {
     if (end == std::string_view::npos) return std::nullopt;
     // The tool marks the messages that it makes up itself as synthetic.
     const std::string_view model = rest.substr(0, end);
-    return model.empty() || model == "<synthetic>" ? std::nullopt : std::optional(std::string(model));
+    return model.empty() || model == "<synthetic>" ? std::nullopt
+                                                   : std::optional(std::string(model));
 }
 
 }  // namespace
 
-std::optional<ClaudeProvider::CredentialsFile> ClaudeProvider::decodeCredentials(std::string_view text) {
+std::optional<ClaudeProvider::CredentialsFile> ClaudeProvider::decodeCredentials(
+    std::string_view text) {
     const auto document = JSONObject::parse(text);
     const auto oauth = document ? document->object("claudeAiOauth") : std::nullopt;
     if (!oauth) return std::nullopt;
@@ -67,7 +72,8 @@ std::optional<ClaudeProvider::CredentialsFile> ClaudeProvider::decodeCredentials
 std::optional<ClaudeProvider::LiveUsage> ClaudeProvider::decodeUsage(std::string_view body) {
     const auto reply = JSONObject::parse(body);
     if (!reply) return std::nullopt;
-    const LiveUsage usage{decodeWindow(reply->object("five_hour")), decodeWindow(reply->object("seven_day"))};
+    const LiveUsage usage{decodeWindow(reply->object("five_hour")),
+                          decodeWindow(reply->object("seven_day"))};
     return reply->mismatched() ? std::nullopt : std::optional(usage);
 }
 
@@ -102,18 +108,21 @@ std::optional<std::string> ClaudeProvider::currentModelID() {
 std::optional<ClaudeProvider::OAuth> ClaudeProvider::readCredentials() {
     for (const char* path : credentialFiles) {
         const auto text = RegularFile::contents(HomeDirectory::expanding(path));
-        if (const auto file = text ? decodeCredentials(*text) : std::nullopt) return file->claudeAiOauth;
+        if (const auto file = text ? decodeCredentials(*text) : std::nullopt)
+            return file->claudeAiOauth;
     }
     const auto secret = Keychain::genericPassword(keychainService);
     const auto item = secret ? decodeCredentials(*secret) : std::nullopt;
     return item ? std::optional(item->claudeAiOauth) : std::nullopt;
 }
 
-/// The last login read, read again when it is about to expire, but for a while not after a read that found none.
+/// The last login read, read again when it is about to expire, but for a while not after a read
+/// that found none.
 std::optional<ClaudeProvider::OAuth> ClaudeProvider::credentials() {
     const std::lock_guard guard(lock);
     const Instant now = Clock::now();
-    if (cachedToken && cachedToken->expiresAt && *cachedToken->expiresAt / 1000 > now + tokenReuseMargin) {
+    if (cachedToken && cachedToken->expiresAt &&
+        *cachedToken->expiresAt / 1000 > now + tokenReuseMargin) {
         return cachedToken;
     }
     if (lastFailedReadAt && now - *lastFailedReadAt < readBackOff) return cachedToken;

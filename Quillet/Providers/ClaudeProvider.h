@@ -8,8 +8,9 @@
 #include "Model/UsageSnapshot.h"
 #include "Providers/LastReading.h"
 
-/// Claude's usage, from its usage endpoint with the login that its own tool keeps, and the model from its session
-/// logs. Instances share one process-wide state and may be used from several threads.
+/// Claude's usage, from its usage endpoint with the login that its own tool keeps, and the model
+/// from its session logs. Instances share one process-wide state and may be used from several
+/// threads.
 class ClaudeProvider {
 public:
     struct OAuth {
@@ -29,7 +30,8 @@ public:
         std::optional<Window> seven_day;
     };
 
-    /// Blocks on files and for up to 10 seconds on the network. Every problem is inside the snapshot.
+    /// Blocks on files and for up to 10 seconds on the network. Every problem is inside the
+    /// snapshot.
     UsageSnapshot collect() const;
 
     /// Absent without a token: the tool leaves an empty one behind when the user signs out.
@@ -48,7 +50,8 @@ private:
     static std::optional<std::string> currentModelID();
     static std::optional<LiveUsage> requestUsage(const OAuth& login);
 
-    static inline std::mutex lock;  // guards all below; never held while a log is read or a request is in flight
+    static inline std::mutex
+        lock;  // guards all below; never held while a log is read or a request is in flight
     static inline std::optional<OAuth> cachedToken;
     static inline std::optional<Instant> lastFailedReadAt;  // absent after a successful read
     static inline std::optional<TimedSnapshot> liveCache;   // of the last good reply

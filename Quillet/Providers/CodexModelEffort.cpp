@@ -1,5 +1,5 @@
-// Codex's tool writes a turn_context record to its session log at every turn, with the settings in force at that
-// moment. The configuration file says only what a new session would start with.
+// Codex's tool writes a turn_context record to its session log at every turn, with the settings in
+// force at that moment. The configuration file says only what a new session would start with.
 #include "Platform/HomeDirectory.h"
 #include "Providers/CodexProvider.h"
 #include "Support/JSON.h"
@@ -61,7 +61,8 @@ CodexProvider::ModelEffort CodexProvider::modelEffortInConfig(std::string_view t
     return found;
 }
 
-std::optional<CodexProvider::ModelEffort> CodexProvider::modelEffortOfSession(const std::string& path) {
+std::optional<CodexProvider::ModelEffort> CodexProvider::modelEffortOfSession(
+    const std::string& path) {
     const auto text = LocalFiles::tail(path, sessionTail);
     const auto turn = text ? modelEffortInLog(*text) : std::nullopt;
     const std::lock_guard guard(lock);

@@ -1,5 +1,6 @@
-// Codex's own tool keeps its token valid, so its login is read afresh at every call and a sign-out shows at once.
-// The service names its two windows only by their length, and may send either of them in either place.
+// Codex's own tool keeps its token valid, so its login is read afresh at every call and a sign-out
+// shows at once. The service names its two windows only by their length, and may send either of
+// them in either place.
 #include "Providers/CodexProvider.h"
 
 #include "Model/ModelNaming.h"
@@ -20,18 +21,22 @@ constexpr int statusOK = 200;
 
 std::optional<CodexProvider::APIWindow> decodeWindow(const std::optional<JSONObject>& object) {
     if (!object) return std::nullopt;
-    return CodexProvider::APIWindow{object->number("used_percent"), object->number("limit_window_seconds"),
-                                    object->number("reset_after_seconds"), object->number("reset_at")};
+    return CodexProvider::APIWindow{
+        object->number("used_percent"), object->number("limit_window_seconds"),
+        object->number("reset_after_seconds"), object->number("reset_at")};
 }
 
 std::optional<Instant> resetInstant(const CodexProvider::APIWindow& window, Instant now) {
     if (window.reset_at) return window.reset_at;
-    return window.reset_after_seconds ? std::optional(now + *window.reset_after_seconds) : std::nullopt;
+    return window.reset_after_seconds ? std::optional(now + *window.reset_after_seconds)
+                                      : std::nullopt;
 }
 
-void fillWindow(UsageSnapshot& snapshot, const std::optional<CodexProvider::APIWindow>& window, Instant now) {
+void fillWindow(UsageSnapshot& snapshot, const std::optional<CodexProvider::APIWindow>& window,
+                Instant now) {
     if (!window || !window->used_percent) return;
-    const bool isShort = window->limit_window_seconds && *window->limit_window_seconds <= longestShortWindow;
+    const bool isShort =
+        window->limit_window_seconds && *window->limit_window_seconds <= longestShortWindow;
     (isShort ? snapshot.dailyPercent : snapshot.weeklyPercent) = window->used_percent;
     (isShort ? snapshot.dailyResetAt : snapshot.weeklyResetAt) = resetInstant(*window, now);
 }
@@ -76,7 +81,8 @@ std::optional<CodexProvider::APIUsage> CodexProvider::requestUsage(const AuthFil
     HTTP::Headers headers = {{"Authorization", "Bearer " + *login.access_token},
                              {"Accept", "application/json"},
                              {"User-Agent", "quillet/2.0"}};
-    if (login.account_id && !login.account_id->empty()) headers["ChatGPT-Account-Id"] = *login.account_id;
+    if (login.account_id && !login.account_id->empty())
+        headers["ChatGPT-Account-Id"] = *login.account_id;
     const auto response = HTTP::get(usageURL, headers, requestTimeout);
     return response && response->status == statusOK ? decodeUsage(response->data) : std::nullopt;
 }

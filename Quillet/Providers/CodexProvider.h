@@ -8,8 +8,9 @@
 #include "Model/UsageSnapshot.h"
 #include "Providers/LastReading.h"
 
-/// Codex's usage, from its usage endpoint with the login that its own tool keeps, and the model and effort from
-/// that tool's session logs or configuration. Instances share one cache and may be used from several threads.
+/// Codex's usage, from its usage endpoint with the login that its own tool keeps, and the model and
+/// effort from that tool's session logs or configuration. Instances share one cache and may be used
+/// from several threads.
 class CodexProvider {
 public:
     struct AuthFile {
@@ -39,7 +40,8 @@ public:
         std::optional<std::string> effort;
     };
 
-    /// Blocks on files and for up to 10 seconds on the network. Every problem is inside the snapshot.
+    /// Blocks on files and for up to 10 seconds on the network. Every problem is inside the
+    /// snapshot.
     UsageSnapshot collect() const;
 
     /// From the newest session log, else from the configuration file.
@@ -49,7 +51,8 @@ public:
     static std::optional<APIUsage> decodeUsage(std::string_view body);
     static void fill(UsageSnapshot& snapshot, const APIUsage& usage, Instant now);
 
-    /// The newest turn in the end of a session log that names a model or an effort; absent if none does.
+    /// The newest turn in the end of a session log that names a model or an effort; absent if none
+    /// does.
     static std::optional<ModelEffort> modelEffortInLog(std::string_view text);
     static ModelEffort modelEffortInConfig(std::string_view text);
 

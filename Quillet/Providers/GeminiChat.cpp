@@ -1,5 +1,6 @@
-// Some hundred chats may change in a day, and nearly all of a chat is the content of its messages. So only lines
-// with the mark of an answer are looked at, and only the head of one that stands as the tool writes it.
+// Some hundred chats may change in a day, and nearly all of a chat is the content of its messages.
+// So only lines with the mark of an answer are looked at, and only the head of one that stands as
+// the tool writes it.
 #include "Providers/GeminiChat.h"
 
 #include <algorithm>
@@ -16,7 +17,8 @@ namespace {
 
 constexpr std::string_view answerType = "gemini";
 constexpr std::string_view answerMark = R"(gemini")";
-constexpr std::string_view updateMark = R"({"$set")";  // of a line that may hold all messages once more
+constexpr std::string_view updateMark =
+    R"({"$set")";  // of a line that may hold all messages once more
 
 /// The members that every message has.
 struct Message {
@@ -25,8 +27,8 @@ struct Message {
     std::string_view type;
 };
 
-/// Moves `rest` past `opening` and the string that follows, and its end quote; false for other text. `opening` is
-/// a literal, so that comparing with it takes no call.
+/// Moves `rest` past `opening` and the string that follows, and its end quote; false for other
+/// text. `opening` is a literal, so that comparing with it takes no call.
 template <std::size_t size>
 bool takeString(std::string_view& rest, const char (&opening)[size], std::string_view& string) {
     if (!rest.starts_with(std::string_view(opening, size - 1))) return false;
@@ -36,7 +38,8 @@ bool takeString(std::string_view& rest, const char (&opening)[size], std::string
     return true;
 }
 
-/// The head of a message that stands in the line exactly as the tool writes it; absent for any other line.
+/// The head of a message that stands in the line exactly as the tool writes it; absent for any
+/// other line.
 std::optional<Message> headAsWritten(std::string_view line) {
     if (!line.ends_with('}')) return std::nullopt;  // still being written
     Message head;
@@ -48,12 +51,14 @@ std::optional<Message> headAsWritten(std::string_view line) {
 
 /// The line as JSON if it is an answer.
 std::optional<JSONObject> parsedAnswer(std::string_view line) {
-    if (line.starts_with(updateMark) || line.find(answerMark) == std::string_view::npos) return std::nullopt;
+    if (line.starts_with(updateMark) || line.find(answerMark) == std::string_view::npos)
+        return std::nullopt;
     auto message = JSONObject::parse(line);
     return message && message->text("type") == answerType ? message : std::nullopt;
 }
 
-/// The line that holds the byte `at`; memrchr, since std::string_view searches backwards byte by byte.
+/// The line that holds the byte `at`; memrchr, since std::string_view searches backwards byte by
+/// byte.
 std::string_view lineAround(std::string_view text, std::size_t at) {
     const auto* const lineFeed = static_cast<const char*>(memrchr(text.data(), '\n', at));
     const char* const begin = lineFeed ? lineFeed + 1 : text.data();

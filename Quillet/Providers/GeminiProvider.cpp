@@ -1,6 +1,6 @@
-// Gemini's vendor offers no usage endpoint, but its tool logs below tmp and logs. Its chats give each answer's
-// time and model. Logs of other kinds have no dates on their lines, so a file's own date decides whether it counts
-// for today.
+// Gemini's vendor offers no usage endpoint, but its tool logs below tmp and logs. Its chats give
+// each answer's time and model. Logs of other kinds have no dates on their lines, so a file's own
+// date decides whether it counts for today.
 #include "Providers/GeminiProvider.h"
 
 #include <algorithm>
@@ -45,8 +45,9 @@ bool isSignedIn(const std::string& dir) {
            selectedAuthType(dir);
 }
 
-/// Lines that contain any of the words. The search runs over the whole text and looks for line ends only after a
-/// hit; `next` keeps where each word comes next, so that none is searched for twice in the same place.
+/// Lines that contain any of the words. The search runs over the whole text and looks for line ends
+/// only after a hit; `next` keeps where each word comes next, so that none is searched for twice in
+/// the same place.
 std::int64_t requestLines(std::string_view text) {
     std::int64_t count = 0;
     std::size_t next[] = {text.find(requestWords[0]), text.find(requestWords[1])};
@@ -66,7 +67,9 @@ std::int64_t requestLines(std::string_view text) {
 
 GeminiProvider::Logs GeminiProvider::logsBelow(const std::string& dir) {
     Logs logs;
-    const auto isLog = [](std::string_view name) { return name.ends_with(".log") || name.ends_with(chatSuffix); };
+    const auto isLog = [](std::string_view name) {
+        return name.ends_with(".log") || name.ends_with(chatSuffix);
+    };
     const auto add = [&](const std::string& path, const char* name, Instant modifiedAt) {
         logs.push_back({path + '/' + name, modifiedAt});
     };
@@ -86,7 +89,8 @@ bool GeminiProvider::isChat(const Log& log, std::string_view tail) {
 }
 
 /// The one that the settings name; they name none where the tool itself chose it.
-std::optional<std::string> GeminiProvider::currentModelID(const std::string& dir, const Logs& logs) {
+std::optional<std::string> GeminiProvider::currentModelID(const std::string& dir,
+                                                          const Logs& logs) {
     for (const char* file : modelFiles) {
         const auto settings = objectInFile(dir + file);
         if (!settings) continue;
@@ -99,8 +103,9 @@ std::optional<std::string> GeminiProvider::currentModelID(const std::string& dir
 std::optional<std::string> GeminiProvider::modelInNewestChat(const Logs& logs) {
     const Instant today = Clock::startOfDay(Clock::now());
     int older = 0;
-    const auto chat = std::ranges::find_if(
-        logs, [&](const Log& log) { return (log.modifiedAt >= today || older++ < maxOlderLogs) && isChat(log); });
+    const auto chat = std::ranges::find_if(logs, [&](const Log& log) {
+        return (log.modifiedAt >= today || older++ < maxOlderLogs) && isChat(log);
+    });
     if (chat == logs.end()) return std::nullopt;
     const auto tail = LocalFiles::tail(chat->path, logTail);
     const auto model = tail ? GeminiChat::newestModel(*tail) : std::nullopt;
@@ -124,7 +129,8 @@ std::optional<std::int64_t> GeminiProvider::requestsToday(const Logs& logs) {
         if (log.modifiedAt < today) break;
         const auto tail = LocalFiles::tail(log.path, logTail);
         if (!tail) continue;
-        total = total.value_or(0) + (isChat(log, *tail) ? GeminiChat::answers(*tail, today) : requestLines(*tail));
+        total = total.value_or(0) +
+                (isChat(log, *tail) ? GeminiChat::answers(*tail, today) : requestLines(*tail));
     }
     return total;
 }
@@ -144,6 +150,7 @@ UsageSnapshot GeminiProvider::collect() const {
     const Logs logs = logsBelow(dir);
     snapshot.modelLabel = ModelNaming::displayModel(currentModelID(dir, logs));
     snapshot.planLabel = planLabel(dir);
-    if (const auto requests = requestsToday(logs)) snapshot.error = std::to_string(*requests) + " reqs today";
+    if (const auto requests = requestsToday(logs))
+        snapshot.error = std::to_string(*requests) + " reqs today";
     return snapshot;
 }

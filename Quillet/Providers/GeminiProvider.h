@@ -9,9 +9,10 @@
 #include "Model/UsageSnapshot.h"
 #include "Providers/LastReading.h"
 
-/// Gemini's login, model, plan and the number of requests logged today, all from its tool's own directory. The
-/// vendor reports no percentages; the count stands in the snapshot's `error` while it is connected. Instances
-/// share what was last read of a chat and may be used from several threads.
+/// Gemini's login, model, plan and the number of requests logged today, all from its tool's own
+/// directory. The vendor reports no percentages; the count stands in the snapshot's `error` while
+/// it is connected. Instances share what was last read of a chat and may be used from several
+/// threads.
 class GeminiProvider {
 public:
     UsageSnapshot collect() const;
@@ -25,7 +26,8 @@ private:
     };
     using Logs = std::vector<Log>;  // newest first
 
-    // `dir` is the expanded path of the tool's directory; `tail` the end of the log where it was read already.
+    // `dir` is the expanded path of the tool's directory; `tail` the end of the log where it was
+    // read already.
     static Logs logsBelow(const std::string& dir);
     static bool isChat(const Log& log, std::string_view tail = {});
     static std::optional<std::string> currentModelID(const std::string& dir, const Logs& logs);

@@ -1,5 +1,5 @@
-// OpenCode reports no allowance; the share shown is that of a fixed token budget for five hours. Its tool may be
-// writing to the database at the same moment.
+// OpenCode reports no allowance; the share shown is that of a fixed token budget for five hours.
+// Its tool may be writing to the database at the same moment.
 #include "Providers/OpenCodeProvider.h"
 
 #include <sqlite3.h>
@@ -20,8 +20,9 @@ constexpr const char* folder = "~/.local/share/opencode";
 constexpr double windowLength = 18000;      // seconds
 constexpr double windowBudget = 3'000'000;  // tokens
 constexpr double highestPercent = 100;
-constexpr std::chrono::seconds patience(3);  // with a database that is huge, or a view made to have no end
-constexpr int stepsBetweenLooks = 100'000;   // of SQLite's machine, at the clock
+constexpr std::chrono::seconds patience(
+    3);  // with a database that is huge, or a view made to have no end
+constexpr int stepsBetweenLooks = 100'000;  // of SQLite's machine, at the clock
 
 constexpr const char* tokenSum =
     "SELECT COALESCE(SUM(\n"
@@ -32,10 +33,13 @@ constexpr const char* tokenSum =
     "FROM message\n"
     "WHERE time_created >= ?1 AND json_extract(data, '$.tokens') IS NOT NULL";
 
-using Database = std::unique_ptr<sqlite3, decltype([](sqlite3* database) { sqlite3_close_v2(database); })>;
-using Statement = std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* s) { sqlite3_finalize(s); })>;
+using Database =
+    std::unique_ptr<sqlite3, decltype([](sqlite3* database) { sqlite3_close_v2(database); })>;
+using Statement =
+    std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* s) { sqlite3_finalize(s); })>;
 
-// Counting the memory in use costs a lock for every row's JSON. SQLite can be told only before its first use.
+// Counting the memory in use costs a lock for every row's JSON. SQLite can be told only before its
+// first use.
 [[maybe_unused]] const int memoryUncounted = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 
 int leaveOwner(int, uid_t, gid_t) {
@@ -46,7 +50,8 @@ int leaveOwner(int, uid_t, gid_t) {
 void keepOwners() {
     [[maybe_unused]] static const int kept = [] {
         sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
-        return files->xSetSystemCall(files, "fchown", reinterpret_cast<sqlite3_syscall_ptr>(leaveOwner));
+        return files->xSetSystemCall(files, "fchown",
+                                     reinterpret_cast<sqlite3_syscall_ptr>(leaveOwner));
     }();
 }
 
@@ -62,14 +67,15 @@ Database open(const std::string& path, const char* mode) {
     return code == SQLITE_OK ? std::move(database) : nullptr;
 }
 
-/// Whether the database keeps its changes in a write-ahead log: bytes 18 and 19 of its header, the file format's
-/// write and read versions, are then 2. Read through SQLite's own descriptor: closing another one would drop the
-/// locks that a collection on another thread holds.
+/// Whether the database keeps its changes in a write-ahead log: bytes 18 and 19 of its header, the
+/// file format's write and read versions, are then 2. Read through SQLite's own descriptor: closing
+/// another one would drop the locks that a collection on another thread holds.
 bool usesWriteAheadLog(sqlite3* database) {
     sqlite3_file* file = nullptr;
     sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
     char versions[2];
-    const bool read = file && file->pMethods && file->pMethods->xRead(file, versions, 2, 18) == SQLITE_OK;
+    const bool read =
+        file && file->pMethods && file->pMethods->xRead(file, versions, 2, 18) == SQLITE_OK;
     return read && versions[0] == 2 && versions[1] == 2;
 }
 
@@ -88,19 +94,22 @@ Companion companion(const std::string& path) {
 }
 
 int hasCome(void* deadline) {
-    return std::chrono::steady_clock::now() >= *static_cast<std::chrono::steady_clock::time_point*>(deadline);
+    return std::chrono::steady_clock::now() >=
+           *static_cast<std::chrono::steady_clock::time_point*>(deadline);
 }
 
-/// Even over a read-only connection, SQLite would create the write-ahead log and its index where they are missing,
-/// and write read marks into an index that is there. So an index is only read as it stands, and a database without
-/// a log, or with an empty one that nobody has open, is read as complete in itself.
+/// Even over a read-only connection, SQLite would create the write-ahead log and its index where
+/// they are missing, and write read marks into an index that is there. So an index is only read as
+/// it stands, and a database without a log, or with an empty one that nobody has open, is read as
+/// complete in itself.
 Database openForReading(const std::string& path) {
     keepOwners();
     const Companion database = companion(path);
     const Companion log = companion(path + "-wal");
     const Companion index = companion(path + "-shm");
     const Companion journal = companion(path + "-journal");
-    if (!database.exists || !database.usable || !log.usable || !index.usable || !journal.usable) return nullptr;
+    if (!database.exists || !database.usable || !log.usable || !index.usable || !journal.usable)
+        return nullptr;
 
     Database connection = open(path, "readonly_shm=1");
     const bool complete = !log.exists || (log.empty && !index.exists);
@@ -121,7 +130,8 @@ std::optional<std::int64_t> OpenCodeProvider::tokensInLastFiveHours(const std::s
     const Statement statement(prepared);
     if (!statement) return std::nullopt;
 
-    const auto cutOff = static_cast<std::int64_t>((Clock::now() - windowLength) * 1000);  // milliseconds
+    const auto cutOff =
+        static_cast<std::int64_t>((Clock::now() - windowLength) * 1000);  // milliseconds
     sqlite3_bind_int64(statement.get(), 1, cutOff);
     if (sqlite3_step(statement.get()) != SQLITE_ROW) return std::nullopt;
     return sqlite3_column_int64(statement.get(), 0);
@@ -141,7 +151,8 @@ UsageSnapshot OpenCodeProvider::collect() const {
     snapshot.connected = true;
     const auto tokens = tokensInLastFiveHours(dir + "/opencode.db");
     if (tokens && *tokens >= 1) {
-        snapshot.dailyPercent = std::min(static_cast<double>(*tokens) / windowBudget * 100, highestPercent);
+        snapshot.dailyPercent =
+            std::min(static_cast<double>(*tokens) / windowBudget * 100, highestPercent);
     }
     return snapshot;
 }

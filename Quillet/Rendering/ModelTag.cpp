@@ -39,13 +39,15 @@ std::optional<ModelTag> ModelTag::of(const UsageSnapshot& snapshot, bool showsPl
         return ModelTag{std::move(*model), Palette::accent(snapshot.provider)};
     }
     if (!showsPlan || !snapshot.planLabel) return std::nullopt;
-    return ModelTag{QString::fromStdString(*snapshot.planLabel).toUpper().toStdString(), Palette::planGrey};
+    return ModelTag{QString::fromStdString(*snapshot.planLabel).toUpper().toStdString(),
+                    Palette::planGrey};
 }
 
 void ModelTag::draw(Canvas& canvas, const TagStyle& style, Point origin) const {
     const TextLine line(text, style.font);
     const double natural = line.width() + 2 * style.padding;
-    const Rect rect{origin.x, origin.y, std::min(natural, style.longest.value_or(natural)), style.height};
+    const Rect rect{origin.x, origin.y, std::min(natural, style.longest.value_or(natural)),
+                    style.height};
     canvas.fillAndStrokeRounded(rect, style.radius, base.withAlpha(style.fillAlpha),
                                 base.withAlpha(style.lineAlpha), lineWidth);
     const Point start{rect.x + style.padding, rect.midY() - line.height() / 2 + textRise};

@@ -25,7 +25,8 @@ struct ModelTag {
     std::string text;
     Color base;
 
-    /// Absent when the snapshot tells nothing to show. `showsPlan` is whether a plan may stand in for the model.
+    /// Absent when the snapshot tells nothing to show. `showsPlan` is whether a plan may stand in
+    /// for the model.
     static std::optional<ModelTag> of(const UsageSnapshot& snapshot, bool showsPlan);
 
     /// With its bottom-left corner at `origin`.

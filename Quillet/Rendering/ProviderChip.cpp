@@ -20,8 +20,10 @@ constexpr struct {
 void ProviderChip::draw(Canvas& canvas, Provider provider, Rect rect, bool dimmed) {
     const Color body = Palette::accent(provider).withAlpha(dimmed ? style.dimmedBody : 1);
     canvas.fillRounded(rect, style.radius * rect.width, body);
-    const TextLine initials(Palette::initials(provider), {style.textSize * rect.height, FontWeight::bold});
-    canvas.drawCentred(initials, rect.center(), Color::black(dimmed ? style.dimmedText : style.text));
+    const TextLine initials(Palette::initials(provider),
+                            {style.textSize * rect.height, FontWeight::bold});
+    canvas.drawCentred(initials, rect.center(),
+                       Color::black(dimmed ? style.dimmedText : style.text));
 }
 
 QImage ProviderChip::picture(Provider provider, double scale) {

@@ -51,13 +51,16 @@ constexpr struct {
     double barRadius = 1.3;
     double glowAlpha = 0.9;
     double glowRadius = 2.5;
-    Rect bars[5] = {
-        {1.5, 7, 2.6, 8}, {5.5, 5, 2.6, 12}, {9.5, 3, 2.6, 16}, {13.5, 5.5, 2.6, 11}, {17.5, 7.5, 2.6, 7}};
+    Rect bars[5] = {{1.5, 7, 2.6, 8},
+                    {5.5, 5, 2.6, 12},
+                    {9.5, 3, 2.6, 16},
+                    {13.5, 5.5, 2.6, 11},
+                    {17.5, 7.5, 2.6, 7}};
 } glyph;
 
 Piece piece(Provider provider, const UsageSnapshot* snapshot) {
-    Piece result{Palette::initials(provider), std::nullopt, Color::white(0.5), Palette::accent(provider),
-                 snapshot && snapshot->connected};
+    Piece result{Palette::initials(provider), std::nullopt, Color::white(0.5),
+                 Palette::accent(provider), snapshot && snapshot->connected};
     if (const auto percent = snapshot ? Palette::highestPercent(*snapshot) : std::nullopt) {
         result.fill = Palette::filledShare(*percent);
         result.color = Palette::level(*percent);
@@ -75,8 +78,10 @@ void drawBadge(Canvas& canvas, const Piece& piece, Rect rect) {
 void drawBar(Canvas& canvas, const Piece& piece, Rect track) {
     Rect bar = track;
     bar.width = std::max(track.width * *piece.fill, summary.minimumBar);
-    canvas.glowRounded(bar, summary.trackRadius, {piece.color.withAlpha(summary.glowAlpha), summary.glowRadius});
-    canvas.fillRoundedGradient(bar, summary.trackRadius, piece.color, piece.color.lightened(summary.lightening));
+    canvas.glowRounded(bar, summary.trackRadius,
+                       {piece.color.withAlpha(summary.glowAlpha), summary.glowRadius});
+    canvas.fillRoundedGradient(bar, summary.trackRadius, piece.color,
+                               piece.color.lightened(summary.lightening));
 }
 
 void drawPiece(Canvas& canvas, const Piece& piece, Point origin, const TrackColors& colors) {
@@ -91,9 +96,11 @@ void drawPiece(Canvas& canvas, const Piece& piece, Point origin, const TrackColo
 }
 
 /// Badges and level bars side by side, in the middle of the height.
-QImage drawWide(const std::vector<Piece>& shown, double height, const TrackColors& colors, double scale) {
+QImage drawWide(const std::vector<Piece>& shown, double height, const TrackColors& colors,
+                double scale) {
     const double advance = summary.pieceWidth + summary.gap;
-    const double width = advance * static_cast<double>(shown.size()) - summary.gap + 2 * summary.margin;
+    const double width =
+        advance * static_cast<double>(shown.size()) - summary.gap + 2 * summary.margin;
     return Picture::of({width, height}, scale, [&](Canvas& canvas) {
         Point origin{summary.margin, (height - summary.height) / 2};
         for (const Piece& piece : shown) {
@@ -107,7 +114,8 @@ QImage drawWide(const std::vector<Piece>& shown, double height, const TrackColor
 void drawSquareRow(Canvas& canvas, const Piece& piece, double y, double height) {
     const double radius = std::min(square.radius, height / 2);
     const double alpha = piece.connected ? summary.connectedAlpha : summary.disconnectedAlpha;
-    canvas.fillRounded({square.margin, y, square.stubWidth, height}, radius, piece.accent.withAlpha(alpha));
+    canvas.fillRounded({square.margin, y, square.stubWidth, height}, radius,
+                       piece.accent.withAlpha(alpha));
     Rect bar{square.barX, y, square.side - square.margin - square.barX, height};
     canvas.fillRounded(bar, radius, onLightOrDark.track);
     if (!piece.fill) return;
@@ -117,27 +125,30 @@ void drawSquareRow(Canvas& canvas, const Piece& piece, double y, double height) 
 
 }  // namespace
 
-std::vector<Piece> StatusSummary::pieces(const Snapshots& snapshots, const std::vector<Provider>& providers) {
+std::vector<Piece> StatusSummary::pieces(const Snapshots& snapshots,
+                                         const std::vector<Provider>& providers) {
     std::vector<Piece> pieces;
     for (const Provider provider : providers) {
         const auto found = snapshots.find(provider);
         pieces.push_back(piece(provider, found == snapshots.end() ? nullptr : &found->second));
     }
-    if (pieces.empty()) pieces.push_back({"AI", std::nullopt, Color::white(0.5), Color::grey(0.5), false});
+    if (pieces.empty())
+        pieces.push_back({"AI", std::nullopt, Color::white(0.5), Color::grey(0.5), false});
     return pieces;
 }
 
-QImage StatusSummary::render(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale) {
+QImage StatusSummary::render(const Snapshots& snapshots, const std::vector<Provider>& providers,
+                             double scale) {
     return drawWide(pieces(snapshots, providers), summary.height, onDark, scale);
 }
 
-QImage StatusSummary::renderForTray(const Snapshots& snapshots, const std::vector<Provider>& providers,
-                                    double scale) {
+QImage StatusSummary::renderForTray(const Snapshots& snapshots,
+                                    const std::vector<Provider>& providers, double scale) {
     return drawWide(pieces(snapshots, providers), square.side, onLightOrDark, scale);
 }
 
-QImage StatusSummary::renderSquare(const Snapshots& snapshots, const std::vector<Provider>& providers,
-                                   double scale) {
+QImage StatusSummary::renderSquare(const Snapshots& snapshots,
+                                   const std::vector<Provider>& providers, double scale) {
     const auto shown = pieces(snapshots, providers);
     const auto count = static_cast<double>(shown.size());
     const double room = square.side - 2 * square.margin - square.gap * (count - 1);
@@ -160,7 +171,8 @@ QImage StatusSummary::controlStripGlyph(const Snapshots& snapshots, double scale
     const Color color = Palette::level(highest);
     return Picture::of({glyph.side, glyph.side}, scale, [&](Canvas& canvas) {
         for (const Rect& bar : glyph.bars) {
-            canvas.glowRounded(bar, glyph.barRadius, {color.withAlpha(glyph.glowAlpha), glyph.glowRadius});
+            canvas.glowRounded(bar, glyph.barRadius,
+                               {color.withAlpha(glyph.glowAlpha), glyph.glowRadius});
             canvas.fillRounded(bar, glyph.barRadius, color);
         }
     });

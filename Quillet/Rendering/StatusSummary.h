@@ -9,8 +9,8 @@
 #include "Desktop/Canvas.h"
 #include "Model/UsageSnapshot.h"
 
-/// The small pictures that stand for all providers at once: the status item's, wide and square, and the control
-/// strip's. `scale` is in pixels per point.
+/// The small pictures that stand for all providers at once: the status item's, wide and square, and
+/// the control strip's. `scale` is in pixels per point.
 namespace StatusSummary {
 
 using Snapshots = std::map<Provider, UsageSnapshot>;
@@ -24,20 +24,25 @@ struct Piece {
     bool connected = false;
 };
 
-/// One per provider in the given order; a single grey placeholder for none. A provider without a snapshot counts
-/// as not connected.
+/// One per provider in the given order; a single grey placeholder for none. A provider without a
+/// snapshot counts as not connected.
 std::vector<Piece> pieces(const Snapshots& snapshots, const std::vector<Provider>& providers);
 
-/// Badges and level bars side by side, 16 points high, on a transparent ground, for a dark one beneath.
+/// Badges and level bars side by side, 16 points high, on a transparent ground, for a dark one
+/// beneath.
 QImage render(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
 
 /// The same for a tray: 22 points high, with tracks that show on light grounds too.
-QImage renderForTray(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
+QImage renderForTray(const Snapshots& snapshots, const std::vector<Provider>& providers,
+                     double scale);
 
-/// For a square cell, 22 by 22 points: the same pieces in rows, an accent stub and the level bar of each.
-QImage renderSquare(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
+/// For a square cell, 22 by 22 points: the same pieces in rows, an accent stub and the level bar of
+/// each.
+QImage renderSquare(const Snapshots& snapshots, const std::vector<Provider>& providers,
+                    double scale);
 
-/// Five glowing bars, 22 by 22 points, in the level colour of the highest percentage of all snapshots.
+/// Five glowing bars, 22 by 22 points, in the level colour of the highest percentage of all
+/// snapshots.
 QImage controlStripGlyph(const Snapshots& snapshots, double scale);
 
 }  // namespace StatusSummary

@@ -46,8 +46,8 @@ const GaugeStyle UsageGauge::panel{
     .glowRadius = 5,
 };
 
-UsageGauge::UsageGauge(const GaugeStyle& chosen, const std::string& name, std::optional<double> value,
-                       std::optional<Instant> resetAt, Rect area)
+UsageGauge::UsageGauge(const GaugeStyle& chosen, const std::string& name,
+                       std::optional<double> value, std::optional<Instant> resetAt, Rect area)
     : style(chosen),
       rect(area),
       percent(value),

@@ -45,7 +45,8 @@ bool isHealthy(const StripView::Entry& entry) {
 
 void drawDivider(Canvas& canvas, double x, Color accent, double areaHeight) {
     const Color end = accent.withAlpha(divider.endAlpha);
-    const Rect line{x - divider.width / 2, divider.inset, divider.width, areaHeight - 2 * divider.inset};
+    const Rect line{x - divider.width / 2, divider.inset, divider.width,
+                    areaHeight - 2 * divider.inset};
     canvas.fillVerticalGradient(line, {end, accent.withAlpha(divider.middleAlpha), end});
 }
 
@@ -70,14 +71,19 @@ void drawNameAndDot(Canvas& canvas, const StripView::Entry& entry, double x) {
 }
 
 void drawGauges(Canvas& canvas, const UsageSnapshot& snapshot, double x) {
-    const auto rect = [&](double y) { return Rect{x, y, segment.gauge.width, segment.gauge.height}; };
-    UsageGauge(UsageGauge::strip, "5h", snapshot.dailyPercent, snapshot.dailyResetAt, rect(segment.upperGaugeY))
+    const auto rect = [&](double y) {
+        return Rect{x, y, segment.gauge.width, segment.gauge.height};
+    };
+    UsageGauge(UsageGauge::strip, "5h", snapshot.dailyPercent, snapshot.dailyResetAt,
+               rect(segment.upperGaugeY))
         .draw(canvas);
-    UsageGauge(UsageGauge::strip, "Wk", snapshot.weeklyPercent, std::nullopt, rect(segment.lowerGaugeY))
+    UsageGauge(UsageGauge::strip, "Wk", snapshot.weeklyPercent, std::nullopt,
+               rect(segment.lowerGaugeY))
         .draw(canvas);
 }
 
-void drawMessage(Canvas& canvas, const std::optional<UsageSnapshot>& snapshot, double x, double areaHeight) {
+void drawMessage(Canvas& canvas, const std::optional<UsageSnapshot>& snapshot, double x,
+                 double areaHeight) {
     const TextLine text(snapshot && snapshot->error ? *snapshot->error : "—", segment.message);
     canvas.draw(text, {x, (areaHeight - text.height()) / 2}, Palette::orange);
 }

@@ -8,7 +8,8 @@
 #include "Desktop/Canvas.h"
 #include "Model/UsageSnapshot.h"
 
-/// A horizontal strip with one segment per provider. It paints no background: the host supplies a dark one.
+/// A horizontal strip with one segment per provider. It paints no background: the host supplies a
+/// dark one.
 class StripView : public QWidget {
 public:
     struct Entry {

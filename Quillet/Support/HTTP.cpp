@@ -1,5 +1,5 @@
-// One session serves the whole process: a single thread drives every transfer, so connections are kept and shared,
-// and a caller's deadline never depends on what that thread is busy with.
+// One session serves the whole process: a single thread drives every transfer, so connections are
+// kept and shared, and a caller's deadline never depends on what that thread is busy with.
 #include "Support/HTTP.h"
 
 #include <curl/curl.h>
@@ -19,9 +19,9 @@
 
 namespace {
 
-// libcurl would write each connection's keys to the file that the first of these names, and its TLS library would
-// load what the others name. They are read at those libraries' start; the environment can only be changed safely
-// before there are threads.
+// libcurl would write each connection's keys to the file that the first of these names, and its TLS
+// library would load what the others name. They are read at those libraries' start; the environment
+// can only be changed safely before there are threads.
 [[maybe_unused]] const bool environmentCleared = [] {
     for (const char* name : {"SSLKEYLOGFILE", "OPENSSL_CONF", "OPENSSL_MODULES", "OPENSSL_ENGINES"})
         unsetenv(name);
@@ -139,9 +139,11 @@ Transfer::Transfer(const std::string& url, const HTTP::Headers& fields, Seconds 
     curl_easy_setopt(handle, CURLOPT_MAXREDIRS, 10L);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "https");
 
-    // Given explicitly, so that of all the proxy variables only these count; libcurl reads no_proxy itself.
+    // Given explicitly, so that of all the proxy variables only these count; libcurl reads no_proxy
+    // itself.
     const std::string proxy = environment("https_proxy");
-    curl_easy_setopt(handle, CURLOPT_PROXY, (proxy.empty() ? environment("HTTPS_PROXY") : proxy).c_str());
+    curl_easy_setopt(handle, CURLOPT_PROXY,
+                     (proxy.empty() ? environment("HTTPS_PROXY") : proxy).c_str());
     curl_easy_setopt(handle, CURLOPT_CONNECT_TO, connectTo.get());
     if (!transport.certificates.empty()) {
         curl_easy_setopt(handle, CURLOPT_CAINFO, transport.certificates.c_str());
@@ -149,7 +151,8 @@ Transfer::Transfer(const std::string& url, const HTTP::Headers& fields, Seconds 
     }
 
     // A transfer that only drips is given up by its caller and must then not live for ever.
-    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(2000 * (standstill + grace).count()));
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS,
+                     static_cast<long>(2000 * (standstill + grace).count()));
 }
 
 std::optional<HTTP::Response> Transfer::outcome(CURLcode code) {
@@ -167,7 +170,8 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    void start(const std::string& url, const HTTP::Headers& headers, Seconds timeout, std::shared_ptr<Slot> slot);
+    void start(const std::string& url, const HTTP::Headers& headers, Seconds timeout,
+               std::shared_ptr<Slot> slot);
 
 private:
     void drive();
@@ -186,8 +190,8 @@ private:
     std::thread thread;
 };
 
-/// Threads started in its scope leave every signal to the main thread; a broken connection raises no SIGPIPE
-/// either.
+/// Threads started in its scope leave every signal to the main thread; a broken connection raises
+/// no SIGPIPE either.
 class SignalsBlocked {
 public:
     SignalsBlocked() {
@@ -281,7 +285,8 @@ void Session::finish(CURL* handle, CURLcode code) {
     running.erase(position);
 }
 
-/// The process's session, made at the first request: programs that need no network never start its thread.
+/// The process's session, made at the first request: programs that need no network never start its
+/// thread.
 class SharedSession {
 public:
     /// Absent once it was shut down.
@@ -314,8 +319,8 @@ private:
     bool closed = false;
 };
 
-/// Never destroyed, as a thread may still ask for it while the process exits. The session in it ends at exit:
-/// after libcurl's start was asked for, so before the TLS library's own end.
+/// Never destroyed, as a thread may still ask for it while the process exits. The session in it
+/// ends at exit: after libcurl's start was asked for, so before the TLS library's own end.
 SharedSession& sharedSession() {
     static SharedSession* const shared = [] {
         curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -325,8 +330,10 @@ SharedSession& sharedSession() {
     return *shared;
 }
 
-/// False when there is no session to start it, which is so at the process's end or where no thread can be made.
-bool start(const std::string& url, const HTTP::Headers& headers, Seconds timeout, std::shared_ptr<Slot> slot) try {
+/// False when there is no session to start it, which is so at the process's end or where no thread
+/// can be made.
+bool start(const std::string& url, const HTTP::Headers& headers, Seconds timeout,
+           std::shared_ptr<Slot> slot) try {
     const auto session = sharedSession().get();
     if (session) session->start(url, headers, timeout, std::move(slot));
     return session != nullptr;
@@ -340,8 +347,11 @@ bool isSafe(const std::string& text) {
 
 }  // namespace
 
-std::optional<HTTP::Response> HTTP::get(const std::string& url, const Headers& headers, double timeout) {
-    const auto fieldIsSafe = [](const auto& field) { return isSafe(field.first) && isSafe(field.second); };
+std::optional<HTTP::Response> HTTP::get(const std::string& url, const Headers& headers,
+                                        double timeout) {
+    const auto fieldIsSafe = [](const auto& field) {
+        return isSafe(field.first) && isSafe(field.second);
+    };
     if (!isSafe(url) || !std::ranges::all_of(headers, fieldIsSafe)) return std::nullopt;
 
     const Seconds bounded(timeout > 0 ? std::min(timeout, longestTimeout) : 0);

@@ -24,14 +24,15 @@ struct FieldOrder {
 /// Field names, compared without case, and their values.
 using Headers = std::map<std::string, std::string, FieldOrder>;
 
-/// Fetches `url` afresh, past every cache. `timeout` is how long, in seconds, the transfer may stand still; the
-/// call itself returns after at most `timeout` + 2 seconds. Absent when no whole response came by then, when the
-/// URL or a redirect leaves https, when the certificate does not check out, or when a header can't be sent as it
-/// is. Callable from several threads at once, never from the user interface's.
+/// Fetches `url` afresh, past every cache. `timeout` is how long, in seconds, the transfer may
+/// stand still; the call itself returns after at most `timeout` + 2 seconds. Absent when no whole
+/// response came by then, when the URL or a redirect leaves https, when the certificate does not
+/// check out, or when a header can't be sent as it is. Callable from several threads at once, never
+/// from the user interface's.
 std::optional<Response> get(const std::string& url, const Headers& headers, double timeout);
 
-/// Ends the session for good, as the program ends: calls still waiting return absent at once, later ones don't
-/// start.
+/// Ends the session for good, as the program ends: calls still waiting return absent at once, later
+/// ones don't start.
 void shutDown();
 
 /// What the session trusts and where it connects.
@@ -40,8 +41,8 @@ struct Transport {
     std::vector<std::string> connectTo;  ///< "host:port:address:port" rows: a host's stand-in.
 };
 
-/// Ends the session, if one runs, and has the next `get` start one over `transport`. Calls still waiting return
-/// absent.
+/// Ends the session, if one runs, and has the next `get` start one over `transport`. Calls still
+/// waiting return absent.
 void restart(Transport transport);
 
 }  // namespace HTTP

@@ -109,8 +109,8 @@ std::optional<std::string> ISO8601::format(Instant instant) {
     const year_month_day day(floor<days>(moment));
     const hh_mm_ss time(moment - floor<days>(moment));
     char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", int(day.year()), unsigned(day.month()),
-                  unsigned(day.day()), int(time.hours().count()), int(time.minutes().count()),
-                  int(time.seconds().count()));
+    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", int(day.year()),
+                  unsigned(day.month()), unsigned(day.day()), int(time.hours().count()),
+                  int(time.minutes().count()), int(time.seconds().count()));
     return text;
 }

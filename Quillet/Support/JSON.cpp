@@ -16,7 +16,8 @@ JSONObject::JSONObject(std::shared_ptr<Document> owner, const json& object)
     : document(std::move(owner)), node(&object) {}
 
 std::optional<JSONObject> JSONObject::parse(std::string_view text) {
-    if (text.find('\0') != std::string_view::npos) return std::nullopt;  // the library would take it for the end
+    if (text.find('\0') != std::string_view::npos)
+        return std::nullopt;  // the library would take it for the end
     const auto document = std::make_shared<Document>();
     document->root = json::parse(text, nullptr, /*allow_exceptions=*/false);
     if (!document->root.is_object()) return std::nullopt;
@@ -81,8 +82,8 @@ std::optional<std::vector<JSONObject>> JSONObject::objects(const char* key) cons
 
 namespace {
 
-/// Also escapes the controls that JSON lets stand, DEL and U+0080 to U+009F (in UTF-8 C2 80 to C2 9F): the
-/// document may be printed on a terminal.
+/// Also escapes the controls that JSON lets stand, DEL and U+0080 to U+009F (in UTF-8 C2 80 to C2
+/// 9F): the document may be printed on a terminal.
 std::string quoted(const std::string& text) {
     std::string escaped;
     for (const char c : json(text).dump(-1, ' ', false, json::error_handler_t::replace)) {
@@ -119,7 +120,8 @@ std::string indented(const json& value, const std::string& indent) {
         if (value.is_object()) members += quoted(key) + " : ";
         members += indented(member, inner);
     }
-    return (value.is_object() ? "{" : "[") + members + "\n" + indent + (value.is_object() ? "}" : "]");
+    return (value.is_object() ? "{" : "[") + members + "\n" + indent +
+           (value.is_object() ? "}" : "]");
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-/// One object of a parsed JSON document. Unknown members are ignored; a member that is missing, null or of another
-/// type than the one asked for is absent.
+/// One object of a parsed JSON document. Unknown members are ignored; a member that is missing,
+/// null or of another type than the one asked for is absent.
 class JSONObject {
 public:
     /// The document's top level; absent when the text isn't JSON or its top level isn't an object.
@@ -19,10 +19,11 @@ public:
     std::optional<double> number(const char* key) const;
     std::optional<bool> flag(const char* key) const;  ///< true and false, also written 1 and 0.
     std::optional<JSONObject> object(const char* key) const;
-    std::optional<std::vector<JSONObject>> objects(const char* key) const;  ///< An array of nothing but objects.
+    std::optional<std::vector<JSONObject>> objects(
+        const char* key) const;  ///< An array of nothing but objects.
 
-    /// Whether any member asked for so far, of any object of this document, had a value of another type than asked
-    /// for. A reader that takes a document whole or not at all asks this last.
+    /// Whether any member asked for so far, of any object of this document, had a value of another
+    /// type than asked for. A reader that takes a document whole or not at all asks this last.
     bool mismatched() const;
 
 private:
@@ -30,7 +31,8 @@ private:
 
     JSONObject(std::shared_ptr<Document> document, const nlohmann::json& node);
     const nlohmann::json* member(const char* key) const;
-    const nlohmann::json* member(const char* key, bool (nlohmann::json::*hasType)() const noexcept) const;
+    const nlohmann::json* member(const char* key,
+                                 bool (nlohmann::json::*hasType)() const noexcept) const;
 
     std::shared_ptr<Document> document;  // keeps `node` alive
     const nlohmann::json* node;
@@ -38,8 +40,8 @@ private:
 
 namespace JSON {
 
-/// `value` with sorted keys, a line for each member, " : " between key and value and "/" escaped. Numbers take
-/// their shortest form; one that is not finite becomes null.
+/// `value` with sorted keys, a line for each member, " : " between key and value and "/" escaped.
+/// Numbers take their shortest form; one that is not finite becomes null.
 std::string pretty(const nlohmann::json& value);
 
 }  // namespace JSON

@@ -1,5 +1,5 @@
-// Session folders hold up to hundreds of thousands of logs, so a walk reads names alone and looks at a file only
-// when its name matches.
+// Session folders hold up to hundreds of thousands of logs, so a walk reads names alone and looks
+// at a file only when its name matches.
 #include "Support/LocalFiles.h"
 
 #include <dirent.h>
@@ -24,7 +24,8 @@ namespace {
 using Folder = std::unique_ptr<DIR, decltype([](DIR* folder) { closedir(folder); })>;
 
 Folder openFolder(const std::string& path, int flags) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC | flags);
+    const int descriptor =
+        open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC | flags);
     Folder folder(descriptor < 0 ? nullptr : fdopendir(descriptor));
     if (!folder && descriptor >= 0) close(descriptor);
     return folder;
@@ -32,18 +33,21 @@ Folder openFolder(const std::string& path, int flags) {
 
 bool isPassedOver(const char* name, LocalFiles::Hidden hidden) {
     const std::string_view text(name);
-    return text == "." || text == ".." || (hidden == LocalFiles::Hidden::skip && text.starts_with('.'));
+    return text == "." || text == ".." ||
+           (hidden == LocalFiles::Hidden::skip && text.starts_with('.'));
 }
 
 Instant modificationTime(const struct stat& status) {
-    return static_cast<Instant>(status.st_mtim.tv_sec) + static_cast<Instant>(status.st_mtim.tv_nsec) * 1e-9;
+    return static_cast<Instant>(status.st_mtim.tv_sec) +
+           static_cast<Instant>(status.st_mtim.tv_nsec) * 1e-9;
 }
 
 bool isASCII(char c) {
     return static_cast<unsigned char>(c) < 0x80;
 }
 
-/// The first byte from `at` on that isn't ASCII, found eight bytes at a time: logs are nearly all ASCII.
+/// The first byte from `at` on that isn't ASCII, found eight bytes at a time: logs are nearly all
+/// ASCII.
 const char* skipASCII(const char* at, const char* end) {
     constexpr std::uint64_t highBits = 0x8080808080808080;
     for (std::uint64_t word; end - at >= 8; at += 8) {
@@ -68,11 +72,12 @@ std::optional<std::string> ifUTF8(std::optional<std::string> bytes) {
 
 }  // namespace
 
-void LocalFiles::forEachFile(const std::string& directory, Hidden hidden,
-                             const std::function<bool(std::string_view)>& matches,
-                             const std::function<void(const std::string&, const char*, Instant)>& visit) {
-    // Folders wait as paths, not open: a deep tree costs no descriptors, and a path too long to be opened could
-    // not be read by anybody else either.
+void LocalFiles::forEachFile(
+    const std::string& directory, Hidden hidden,
+    const std::function<bool(std::string_view)>& matches,
+    const std::function<void(const std::string&, const char*, Instant)>& visit) {
+    // Folders wait as paths, not open: a deep tree costs no descriptors, and a path too long to be
+    // opened could not be read by anybody else either.
     std::vector<std::string> waiting{directory};
     int linkFlag = 0;  // the top itself may be a link
     while (!waiting.empty()) {
@@ -86,8 +91,10 @@ void LocalFiles::forEachFile(const std::string& directory, Hidden hidden,
             if (isPassedOver(entry->d_name, hidden)) continue;
             const bool matching = entry->d_type != DT_DIR && matches(entry->d_name);
             struct stat status {};
-            const bool needsStatus = entry->d_type == DT_UNKNOWN || (entry->d_type == DT_REG && matching);
-            if (needsStatus && fstatat(dirfd(folder.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+            const bool needsStatus =
+                entry->d_type == DT_UNKNOWN || (entry->d_type == DT_REG && matching);
+            if (needsStatus &&
+                fstatat(dirfd(folder.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
                 continue;
 
             if (entry->d_type == DT_DIR || S_ISDIR(status.st_mode)) {

@@ -4,7 +4,8 @@
 
 namespace {
 
-// The locale's own functions are avoided: they would change bytes of UTF-8 characters in some locales.
+// The locale's own functions are avoided: they would change bytes of UTF-8 characters in some
+// locales.
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

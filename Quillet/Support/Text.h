@@ -12,8 +12,8 @@ std::vector<std::string_view> lines(std::string_view text);
 
 std::string lowercased(std::string_view text);
 
-/// The first letter of each word in upper case, the rest in lower case. White space divides words; a word that
-/// begins with a digit has no letter to raise.
+/// The first letter of each word in upper case, the rest in lower case. White space divides words;
+/// a word that begins with a digit has no letter to raise.
 std::string capitalized(std::string_view text);
 
 /// `text` without the characters of `characters` at both ends.

@@ -49,7 +49,8 @@ public:
     Texts menu() {
         Texts rows;
         for (const auto& item : delegate.contextMenu()) {
-            const std::string key = item.keyEquivalent ? std::string(" ^") + *item.keyEquivalent : "";
+            const std::string key =
+                item.keyEquivalent ? std::string(" ^") + *item.keyEquivalent : "";
             const std::string mark = item.checked ? (*item.checked ? "x" : "-") : "";
             std::string row = item.action ? mark : "(";
             row.append(item.title).append(item.action ? key : ")");
@@ -66,7 +67,9 @@ public:
     }
 
     bool hasStatusItem() const { return delegate.statusItem != nullptr; }
-    bool showsBar() const { return delegate.floatingWindow && delegate.floatingWindow->isVisible(); }
+    bool showsBar() const {
+        return delegate.floatingWindow && delegate.floatingWindow->isVisible();
+    }
     QSize barSize() const { return delegate.floatingWindow->size(); }
     std::string barOrigin() const { return PointText::format(delegate.floatingWindow->origin()); }
     void dragBar(Point origin) {
@@ -74,14 +77,18 @@ public:
         delegate.floatingWindow->onMoved();
     }
     std::size_t known() const { return delegate.snapshots.size(); }
-    std::optional<double> percent(Provider provider) const { return delegate.snapshots.at(provider).dailyPercent; }
+    std::optional<double> percent(Provider provider) const {
+        return delegate.snapshots.at(provider).dailyPercent;
+    }
     int panelHeight() const { return delegate.panelView.height(); }
     std::string toolTip() const { return delegate.toolTip(); }
     bool trayItemIsInstalled() const { return delegate.trayInstalled; }
     TouchBarButton& trayButton() { return *delegate.trayItem->button; }
     int timerInterval() const { return delegate.timer.isActive() ? delegate.timer.interval() : 0; }
     const auto& panelSurfaces() const { return delegate.panelView.settings.surfaces; }
-    std::optional<TouchBarItem> item(const std::string& identifier) { return delegate.makeItem(identifier); }
+    std::optional<TouchBarItem> item(const std::string& identifier) {
+        return delegate.makeItem(identifier);
+    }
 
     AppDelegate delegate;
 };
@@ -98,23 +105,24 @@ protected:
         HardwareModel::exchangeSource([] { return std::string("MacBookPro16,1"); });
     }
 
-    /// Every operation writes its name down, with what tells its arguments apart. Bars are presented and dismissed
-    /// by older systems under another name.
+    /// Every operation writes its name down, with what tells its arguments apart. Bars are
+    /// presented and dismissed by older systems under another name.
     Texts& recordTouchBar(const std::string& bar) {
         const auto record = [this](const char* name) {
-            return [this, name = std::string(name)](const TouchBarOperations::Arguments& arguments) {
-                calls.push_back(name + (arguments.flag ? " true" : "") + arguments.identifier);
-            };
+            return
+                [this, name = std::string(name)](const TouchBarOperations::Arguments& arguments) {
+                    calls.push_back(name + (arguments.flag ? " true" : "") + arguments.identifier);
+                };
         };
         auto& operations = TouchBarOperations::shared();
         for (const char* name : {"addSystemTrayItem:", "removeSystemTrayItem:"})
             operations.itemClass[name] = record(name);
-        for (const auto& name :
-             {"presentSystemModal" + bar + ":systemTrayItemIdentifier:", "dismissSystemModal" + bar + ":"})
+        for (const auto& name : {"presentSystemModal" + bar + ":systemTrayItemIdentifier:",
+                                 "dismissSystemModal" + bar + ":"})
             operations.barClass[name] = record(name.c_str());
         operations.framework.emplace();
-        for (const char* name :
-             {"DFRElementSetControlStripPresenceForIdentifier", "DFRSystemModalShowsCloseBoxWhenFrontMost"})
+        for (const char* name : {"DFRElementSetControlStripPresenceForIdentifier",
+                                 "DFRSystemModalShowsCloseBoxWhenFrontMost"})
             (*operations.framework)[name] = record(name);
         return calls;
     }
@@ -134,7 +142,8 @@ TEST_F(Application, ShowsTheStoredProvidersInTheFixedOrder) {
         {R"(["Gemini","none"])", {"Gemini"}},
     };
     for (const auto& c : cases) {
-        home.write(".config/quillet/defaults.json", std::string(R"({"visibleProviders":)") + c.stored + "}");
+        home.write(".config/quillet/defaults.json",
+                   std::string(R"({"visibleProviders":)") + c.stored + "}");
         Texts shown;
         for (const Provider provider : AppDelegate::enabledProviders())
             shown.emplace_back(provider.rawValue());
@@ -149,9 +158,12 @@ TEST_F(Application, EachCombinationOfSurfacesIsShownAndKept) {
         DisplaySurface surface;
         bool on, item, bar;
     } steps[] = {
-        {DisplaySurface::menuBar, false, false, true},  {DisplaySurface::floatingBar, false, true, false},
-        {DisplaySurface::touchBar, true, false, false}, {DisplaySurface::floatingBar, true, false, true},
-        {DisplaySurface::menuBar, true, true, true},    {DisplaySurface::floatingBar, false, true, false},
+        {DisplaySurface::menuBar, false, false, true},
+        {DisplaySurface::floatingBar, false, true, false},
+        {DisplaySurface::touchBar, true, false, false},
+        {DisplaySurface::floatingBar, true, false, true},
+        {DisplaySurface::menuBar, true, true, true},
+        {DisplaySurface::floatingBar, false, true, false},
     };
     for (const auto& step : steps) {
         probe.delegate.setSurface(step.surface, step.on);
@@ -171,7 +183,8 @@ TEST_F(Application, TheBarStandsWhereItWasLeft) {
                  {"left", "{532, 756}"}};
     for (const auto& c : cases) {
         home.write(".config/quillet/defaults.json",
-                   std::string(R"({"visibleProviders":["Claude"],"floatingBarOrigin":")") + c.stored + "\"}");
+                   std::string(R"({"visibleProviders":["Claude"],"floatingBarOrigin":")") +
+                       c.stored + "\"}");
         AppDelegateProbe probe;
         probe.apply({"Claude"}, 0);
         EXPECT_EQ(probe.barOrigin(), c.origin) << c.stored;
@@ -197,11 +210,13 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
     useTouchBarMachine();
     EXPECT_EQ(probe.menu(), joined(head, {{"-  Touch Bar"}, providers, tail}));
     probe.choose("  Touch Bar");
-    EXPECT_EQ(probe.menu(), joined(head, {{"x  Touch Bar"}, providers, {"Expand on Touch Bar ^t"}, tail}));
+    EXPECT_EQ(probe.menu(),
+              joined(head, {{"x  Touch Bar"}, providers, {"Expand on Touch Bar ^t"}, tail}));
 
     for (const char* title : {"  Codex", "  Gemini", "  Claude", "  OpenCode"})
         probe.choose(title);
-    EXPECT_EQ(UserDefaults::textArray("visibleProviders"), Texts{"OpenCode"}) << "the last one stays";
+    EXPECT_EQ(UserDefaults::textArray("visibleProviders"), Texts{"OpenCode"})
+        << "the last one stays";
     probe.choose("  Gemini");
     probe.choose("  Claude");
     EXPECT_EQ(UserDefaults::textArray("visibleProviders"), (Texts{"Claude", "Gemini", "OpenCode"}));
@@ -250,8 +265,8 @@ TEST_F(Application, TheTouchBarIsPresentedOncePerInstallation) {
         probe.trayButton().action();
         EXPECT_EQ(std::exchange(made, {}), presented);
         probe.delegate.setSurface(DisplaySurface::touchBar, false);
-        EXPECT_EQ(std::exchange(made, {}),
-                  (Texts{"dismissSystemModal" + bar + ":", presence + tray, "removeSystemTrayItem:"}));
+        EXPECT_EQ(std::exchange(made, {}), (Texts{"dismissSystemModal" + bar + ":", presence + tray,
+                                                  "removeSystemTrayItem:"}));
         probe.delegate.presentModalStrip();
         EXPECT_EQ(made, Texts{}) << "not installed";
         probe.delegate.setSurface(DisplaySurface::touchBar, true);
@@ -317,8 +332,9 @@ TEST_F(Application, AThousandRefreshesLeaveNothingBehind) {
             return std::distance(std::filesystem::directory_iterator(folder),
                                  std::filesystem::directory_iterator());
         };
-        return std::vector<std::ptrdiff_t>{QApplication::allWidgets().size(), entries("/proc/self/fd"),
-                                           entries("/proc/self/task"), qApp->findChildren<QObject*>().size()};
+        return std::vector<std::ptrdiff_t>{QApplication::allWidgets().size(),
+                                           entries("/proc/self/fd"), entries("/proc/self/task"),
+                                           qApp->findChildren<QObject*>().size()};
     };
     AppDelegateProbe probe;
     const auto refresh = [&probe](int times) {
@@ -345,7 +361,8 @@ TEST_F(Application, QuittingWaitsForNoServer) {
     socklen_t size = sizeof address;
     ASSERT_EQ(listen(listening, 8), 0);  // accepts, and says nothing
     getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size);
-    HTTP::restart({{}, {"api.anthropic.com:443:127.0.0.1:" + std::to_string(ntohs(address.sin_port))}});
+    HTTP::restart(
+        {{}, {"api.anthropic.com:443:127.0.0.1:" + std::to_string(ntohs(address.sin_port))}});
     // In a process of its own, since the end gives up waiting by ending that.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     constexpr int inTime = 7;

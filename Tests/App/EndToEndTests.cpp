@@ -33,23 +33,30 @@ protected:
     }
 
     static void makeDatabase(const std::string& journalMode) {
-        const auto sql = "\"PRAGMA journal_mode=" + journalMode + "; $(cat '" FIXTURES "/opencode.sql')\"";
-        EXPECT_EQ(TemporaryHome::shell("rm -f db; opencode-tool db " + sql + " && mv db " + databaseFile), 0);
+        const auto sql =
+            "\"PRAGMA journal_mode=" + journalMode + "; $(cat '" FIXTURES "/opencode.sql')\"";
+        EXPECT_EQ(
+            TemporaryHome::shell("rm -f db; opencode-tool db " + sql + " && mv db " + databaseFile),
+            0);
     }
 
-    /// What a shell's command prints on both its outputs, with just this environment, no input and at most
-    /// 20 seconds. "quillet" is the built program, for which the network ends at a proxy that isn't there.
+    /// What a shell's command prints on both its outputs, with just this environment, no input and
+    /// at most 20 seconds. "quillet" is the built program, for which the network ends at a proxy
+    /// that isn't there.
     static std::pair<std::string, std::string> output(const std::string& command,
                                                       const std::string& environment = "") {
         const auto out = TemporaryHome::beside("out"), err = TemporaryHome::beside("err");
-        const auto noon = std::to_string(time(nullptr) / 3600 % 24 - 12);  // no midnight comes between two runs
+        const auto noon =
+            std::to_string(time(nullptr) / 3600 % 24 - 12);  // no midnight comes between two runs
         const auto given = "env -i TZ=AAA" + noon + " https_proxy=http://127.0.0.1:1 HOME='" +
-                           TemporaryHome::path() + "' PATH='" + fs::path(QUILLET).parent_path().string() + ":" +
-                           getenv("PATH") + "' ";
+                           TemporaryHome::path() + "' PATH='" +
+                           fs::path(QUILLET).parent_path().string() + ":" + getenv("PATH") + "' ";
         const auto streams = " < /dev/null > " + out + " 2> " + err;
-        EXPECT_EQ(TemporaryHome::shell(given + environment + " timeout -k 1 20 " + command + streams), 0)
+        EXPECT_EQ(
+            TemporaryHome::shell(given + environment + " timeout -k 1 20 " + command + streams), 0)
             << textOf(err);
-        EXPECT_EQ((textOf(out) + textOf(err)).find("secret-"), std::string::npos) << "a token shows";
+        EXPECT_EQ((textOf(out) + textOf(err)).find("secret-"), std::string::npos)
+            << "a token shows";
         return {textOf(out), textOf(err)};
     }
 
@@ -69,11 +76,13 @@ protected:
 
 TEST_F(Quillet, ReportsAllFourAssistants) {
     const HTTPSServer server;
-    // The program trusts the system's authorities only, so ours take their place where only the child sees it.
+    // The program trusts the system's authorities only, so ours take their place where only the
+    // child sees it.
     const std::string namespaces = geteuid() == 0 ? "unshare -m " : "unshare -rm ";
-    const auto command = namespaces +
-                         R"(sh -c 'mount --bind "$0" /etc/ssl/certs/ca-certificates.crt && quillet "$@"' )" +
-                         server.certificates();
+    const auto command =
+        namespaces +
+        R"(sh -c 'mount --bind "$0" /etc/ssl/certs/ca-certificates.crt && quillet "$@"' )" +
+        server.certificates();
     if (home.shell(namespaces + "true") != 0) GTEST_SKIP() << "no namespaces";
 
     const time_t now = time(nullptr);
@@ -86,11 +95,13 @@ TEST_F(Quillet, ReportsAllFourAssistants) {
     const auto before = home.tree();
     const auto keys = home.beside("keys");
     const auto environment = "SSLKEYLOGFILE=" + keys +
-                             " OPENSSL_CONF='" FIXTURES "/openssl.cnf' https_proxy=http://" + server.address();
+                             " OPENSSL_CONF='" FIXTURES "/openssl.cnf' https_proxy=http://" +
+                             server.address();
     EXPECT_EQ(output(command + " status", environment).first, textOf(FIXTURES "/status.txt"));
     const auto report = output(command + " status --json", environment).first;
-    EXPECT_EQ(std::regex_replace(report, std::regex(R"((updatedAt" : ")[-\dT:]{19}Z")"), "$1MASKED\""),
-              withTimes(textOf(FIXTURES "/status.json"), now));
+    EXPECT_EQ(
+        std::regex_replace(report, std::regex(R"((updatedAt" : ")[-\dT:]{19}Z")"), "$1MASKED\""),
+        withTimes(textOf(FIXTURES "/status.json"), now));
     EXPECT_EQ(server.seen()["sent"][1], json({"Authorization", "Bearer secret-codex-token"}));
     EXPECT_EQ(home.tree(), before);
     EXPECT_FALSE(fs::exists(keys)) << "the keys of the connection were written down";
@@ -115,10 +126,12 @@ TEST_F(Quillet, ShowsTheSameWhereverItRuns) {
     EXPECT_EQ(rows("HOME=/" + home.path()), usual);
     EXPECT_EQ(home.shell("chmod a-w ."), 0);
     EXPECT_EQ(rows(), usual);
-    EXPECT_EQ(home.shell("chmod u+w . && cp '" QUILLET "' ../quillet"), 0);  // where another user may run it
+    EXPECT_EQ(home.shell("chmod u+w . && cp '" QUILLET "' ../quillet"),
+              0);  // where another user may run it
     const std::string otherUser = getuid() == 0 ? "setpriv --reuid=65534 --clear-groups " : "";
     // Looking for leaks would take a thread too.
-    EXPECT_EQ(rows("ASAN_OPTIONS=detect_leaks=0", otherUser + "prlimit --nproc=1 ../quillet"), usual);
+    EXPECT_EQ(rows("ASAN_OPTIONS=detect_leaks=0", otherUser + "prlimit --nproc=1 ../quillet"),
+              usual);
 }
 
 TEST_F(Quillet, OneBadFileSpoilsNoOtherProvider) {

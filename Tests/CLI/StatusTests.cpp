@@ -9,7 +9,8 @@
 TEST(Status, TextLeavesOutWhatIsAbsentAndWhatSteersATerminal) {
     ScopedClock clock(1'800'000'000);
     UsageSnapshot none(Provider::claude), odd = none, hostile = none, failed = none;
-    odd.effortLabel = "High", odd.dailyPercent = NAN, odd.dailyResetAt = NAN, odd.weeklyResetAt = 1e300;
+    odd.effortLabel = "High", odd.dailyPercent = NAN, odd.dailyResetAt = NAN,
+    odd.weeklyResetAt = 1e300;
     hostile.modelLabel = "M\n", hostile.planLabel = "\x1B[2J\r\x7F", hostile.weeklyPercent = 49.5;
     failed.error = "Bad \xC2\x9B", failed.dailyPercent = 5, failed.modelLabel = "M";
     CLI::Collected collected;
@@ -19,7 +20,8 @@ TEST(Status, TextLeavesOutWhatIsAbsentAndWhatSteersATerminal) {
     EXPECT_EQ(report.find("\xC2\x9B"), std::string::npos) << "the one-character form of ESC [";
     report.resize(report.find("Bad ") + 3);
     EXPECT_EQ(report,
-              "Quillet by ZENDRIK\nClaude: 5h — · Wk —\nClaude: High 5h — (resets now) · Wk — (resets —)\n"
+              "Quillet by ZENDRIK\nClaude: 5h — · Wk —\nClaude: High 5h — (resets now) · Wk — "
+              "(resets —)\n"
               "Claude: M  [ [2J  ] 5h — · Wk 50%\nClaude: Bad");
 }
 

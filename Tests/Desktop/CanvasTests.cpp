@@ -35,18 +35,23 @@ TEST(Canvas, ShapesFillTheirRectangleAndNothingElse) {
         {"faint", 120, shape, [](Canvas& c) { c.fill(shape, red.withAlpha(0.5)); }},
         {"rounded", 240 - corners * 16, shape, [](Canvas& c) { c.fillRounded(shape, 4, red); }},
         {"graded", (240 - corners) / 2, shape,
-         [](Canvas& c) { c.fillRoundedGradient(shape, 1, red.withAlpha(0.1), red.withAlpha(0.9)); }},
+         [](Canvas& c) {
+             c.fillRoundedGradient(shape, 1, red.withAlpha(0.1), red.withAlpha(0.9));
+         }},
         {"ellipse", pi * 60, shape, [](Canvas& c) { c.fillEllipse(shape, red); }},
-        {"line", 64 - 2 * corners, shape.inset(-0.5), [](Canvas& c) { c.strokeRounded(shape, 1, red, 1); }},
+        {"line", 64 - 2 * corners, shape.inset(-0.5),
+         [](Canvas& c) { c.strokeRounded(shape, 1, red, 1); }},
         {"upright", 120, shape,
          [](Canvas& c) {
-             c.fillVerticalGradient(shape, {red.withAlpha(0.1), red.withAlpha(0.5), red.withAlpha(0.9)});
+             c.fillVerticalGradient(shape,
+                                    {red.withAlpha(0.1), red.withAlpha(0.5), red.withAlpha(0.9)});
          }},
         {"picture", 60, shape, [&](Canvas& c) { c.draw(icon, shape, 0.25); }}};
     for (const auto& [what, area, box, paint] : cases) {
         const auto image = drawn(paint);
-        const double edges[] = {alphaAt(image, box.x, box.midY()), alphaAt(image, box.maxX() - 0.5, box.midY()),
-                                alphaAt(image, box.midX(), box.y), alphaAt(image, box.midX(), box.maxY() - 0.5)};
+        const double edges[] = {
+            alphaAt(image, box.x, box.midY()), alphaAt(image, box.maxX() - 0.5, box.midY()),
+            alphaAt(image, box.midX(), box.y), alphaAt(image, box.midX(), box.maxY() - 0.5)};
         EXPECT_NEAR(coverage(image), area, area / 50) << what;
         EXPECT_NEAR(coverage(image, box), coverage(image), 1e-9) << what << " spills";
         EXPECT_GT(*std::ranges::min_element(edges), 0.08) << what;
@@ -81,7 +86,8 @@ TEST(Canvas, AnOutlinedShapeIsItsFillingUnderItsLine) {
                     c.fillRounded(rect, look.radius, look.filling);
                     c.strokeRounded(rect, look.radius, look.line, look.width);
                 });
-                EXPECT_LE(farthest(atOnce, inTurn), 2) << rect.x << ", " << look.width << " at " << scale;
+                EXPECT_LE(farthest(atOnce, inTurn), 2)
+                    << rect.x << ", " << look.width << " at " << scale;
             }
         }
     }
@@ -95,11 +101,14 @@ TEST(Glow, IsTheGaussianBlurOfItsShape) {
         };
         for (const double width : {6.0, 40.0}) {  // the longer one is blurred as a tile
             const Rect bar{10, 13, width, 4};
-            const auto image = drawn([&](Canvas& c) { c.glowRounded(bar, 0, {red.withAlpha(0.9), blur}); });
+            const auto image = drawn([&](Canvas& c) {
+                c.glowRounded(bar, 0, {red.withAlpha(0.9), blur});
+            });
             for (int i = 0; i < 39 * 11; ++i) {
                 const int column = i % 39, row = i / 39;
                 const double x = 1.25 + 1.5 * column, y = 7.25 + 1.5 * row;
-                EXPECT_NEAR(alphaAt(image, x, y), 0.9 * within(x, 10, 10 + width) * within(y, 13, 17), 0.015)
+                EXPECT_NEAR(alphaAt(image, x, y),
+                            0.9 * within(x, 10, 10 + width) * within(y, 13, 17), 0.015)
                     << x << ", " << y;
             }
         }
@@ -112,9 +121,11 @@ TEST(TextLine, InkStaysInTheMeasuredBox) {
     for (const int weight : {400, 500, 600, 700, 800}) {
         const TextLine text("Hg08%", {10, FontWeight(weight)});
         const auto image = drawn([&](Canvas& c) { c.draw(text, {12, 8}, red); });
-        EXPECT_NEAR(coverage(image, {11.5, 8, text.width() + 1, text.height()}), coverage(image), 1e-9);
+        EXPECT_NEAR(coverage(image, {11.5, 8, text.width() + 1, text.height()}), coverage(image),
+                    1e-9);
         EXPECT_GT(coverage(image, {9.5 + text.width(), 8, 2.5, text.height()}), 0) << "ends early";
-        EXPECT_GT(coverage(image), std::exchange(lighter, coverage(image))) << "no heavier than the weight before";
+        EXPECT_GT(coverage(image), std::exchange(lighter, coverage(image)))
+            << "no heavier than the weight before";
         EXPECT_EQ(drawn([&](Canvas& c) {
                       c.drawCentred(text, {12 + text.width() / 2, 8 + text.height() / 2}, red);
                   }),
@@ -128,15 +139,19 @@ TEST(TextLine, InkStaysInTheMeasuredBox) {
 }
 
 TEST(TextLine, WidthFollowsKernDigitsAndSizeAlone) {
-    const auto width = [](const std::string& text, double size, double kern = 0, bool tabular = false) {
+    const auto width = [](const std::string& text, double size, double kern = 0,
+                          bool tabular = false) {
         return TextLine(text, {size, FontWeight::regular, kern, tabular}).width();
     };
-    EXPECT_NEAR(width("QUILLET", 12.5, 2) - width("QUILLET", 12.5), 14, 0.01) << "after each character";
+    EXPECT_NEAR(width("QUILLET", 12.5, 2) - width("QUILLET", 12.5), 14, 0.01)
+        << "after each character";
     EXPECT_NEAR(width("AV1%", 20), 2 * width("AV1%", 10), 0.1);
     for (const char digit : std::string("023456789"))
-        EXPECT_NEAR(width(std::string(4, digit), 10, 0, true), width("1111", 10, 0, true), 0.01) << digit;
+        EXPECT_NEAR(width(std::string(4, digit), 10, 0, true), width("1111", 10, 0, true), 0.01)
+            << digit;
     EXPECT_LT(width("1111", 10), width("0000", 10)) << "digits of their own widths otherwise";
     EXPECT_EQ(width("a\nb\tc", 10), width("a b c", 10));
-    EXPECT_EQ(width(std::string(1 << 20, 'm'), 10), width(std::string(1000, 'm'), 10)) << "takes seconds";
+    EXPECT_EQ(width(std::string(1 << 20, 'm'), 10), width(std::string(1000, 'm'), 10))
+        << "takes seconds";
     EXPECT_EQ(TextLine("", {10}).height(), TextLine("Hg", {10}).height());
 }

@@ -1,4 +1,5 @@
-// A session bus of the test's own, with a tray host on it that is this process, under the names of known hosts.
+// A session bus of the test's own, with a tray host on it that is this process, under the names of
+// known hosts.
 #include "Desktop/StatusItem.h"
 
 #include <gtest/gtest.h>
@@ -68,10 +69,13 @@ struct Host : QDBusVirtualObject {
     QVariantList menu(const QString& method, const QVariantList& arguments) {
         return ask("/MenuBar", "com.canonical.dbusmenu", method, arguments);
     }
-    void click(int id) { menu("Event", {id, "clicked", QVariant::fromValue(QDBusVariant("")), 0u}), wait(0); }
+    void click(int id) {
+        menu("Event", {id, "clicked", QVariant::fromValue(QDBusVariant("")), 0u}), wait(0);
+    }
     static void skip(const QDBusArgument& array) { array.beginArray(), array.endArray(); }
     std::vector<Row> rows() {
-        const auto layout = menu("GetLayout", {0, -1, QStringList()}).value(1).value<QDBusArgument>();
+        const auto layout =
+            menu("GetLayout", {0, -1, QStringList()}).value(1).value<QDBusArgument>();
         Row root, row;
         std::vector<Row> rows;
         for (layout.beginStructure(), layout >> root.id >> root.properties, layout.beginArray();
@@ -79,20 +83,23 @@ struct Host : QDBusVirtualObject {
             QDBusVariant child;
             layout >> child;
             const auto fields = child.variant().value<QDBusArgument>();
-            fields.beginStructure(), fields >> row.id >> row.properties, skip(fields), fields.endStructure();
+            fields.beginStructure(), fields >> row.id >> row.properties, skip(fields),
+                fields.endStructure();
             rows.push_back(row);
         }
         layout.endArray(), layout.endStructure();
         return rows;
     }
     QDBusArgument property(const char* name) {
-        const auto got = ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", {"", name});
+        const auto got =
+            ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", {"", name});
         return got.value(0).value<QDBusVariant>().variant().value<QDBusArgument>();
     }
     QString toolTip() {
         const auto fields = property("ToolTip");
         QString icon, title, text;
-        fields.beginStructure(), fields >> icon, skip(fields), fields >> title >> text, fields.endStructure();
+        fields.beginStructure(), fields >> icon, skip(fields), fields >> title >> text,
+            fields.endStructure();
         return text;
     }
     /// Each picture's width and first pixel.
@@ -108,7 +115,8 @@ struct Host : QDBusVirtualObject {
         list.endArray();
         return pictures;
     }
-    QDBusConnection bus = QDBusConnection::connectToBus(qgetenv("DBUS_SESSION_BUS_ADDRESS"), "host");
+    QDBusConnection bus =
+        QDBusConnection::connectToBus(qgetenv("DBUS_SESSION_BUS_ADDRESS"), "host");
     QString item;
     bool takesItems = true;
 };
@@ -116,7 +124,8 @@ struct Host : QDBusVirtualObject {
 StatusContent content(QColor color, MenuItems menu = {}) {
     const auto filled = [color](int width) {
         return [color, width](double scale) {
-            QImage image(static_cast<int>(width * scale), static_cast<int>(22 * scale), QImage::Format_ARGB32);
+            QImage image(static_cast<int>(width * scale), static_cast<int>(22 * scale),
+                         QImage::Format_ARGB32);
             image.fill(color);
             return image;
         };
@@ -156,8 +165,8 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     host.start("waybar");
     QTimer newIcon, newToolTip;
     const auto watch = [&host](const char* change, QTimer& announced) {
-        host.bus.connect(host.item, "/StatusNotifierItem", "org.kde.StatusNotifierItem", change, &announced,
-                         SLOT(start()));
+        host.bus.connect(host.item, "/StatusNotifierItem", "org.kde.StatusNotifierItem", change,
+                         &announced, SLOT(start()));
     };
     watch("NewIcon", newIcon);
     watch("NewToolTip", newToolTip);
@@ -204,7 +213,8 @@ TEST(StatusItem, StandsByItselfWithoutASessionBus) {
     QTextDocument toolTip;
     toolTip.setHtml(markup);
     const std::string fitting = shown.toolTip.substr(0, shown.toolTip.find('\n') + 1 + 1000);
-    EXPECT_EQ(toolTip.toPlainText().toStdString(), fitting + "\n") << "as it stands, up to what fits";
+    EXPECT_EQ(toolTip.toPlainText().toStdString(), fitting + "\n")
+        << "as it stands, up to what fits";
 }
 
 TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
@@ -213,8 +223,8 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     auto item = std::make_unique<StatusItem>([](auto) {});
     std::string chosen;
     const auto choose = [&](const char* title) { return [&, title] { chosen += title; }; };
-    const MenuItem heading{"Head_ing", {}, {}, {}}, first{"First", 'r', true, choose("First")}, separator,
-        gone{"Gone", {}, {}, [&] { item.reset(); }};
+    const MenuItem heading{"Head_ing", {}, {}, {}}, first{"First", 'r', true, choose("First")},
+        separator, gone{"Gone", {}, {}, [&] { item.reset(); }};
     item->setContent(content(Qt::red, {heading, first, separator, gone}));
     host.start("waybar");
     const auto rows = host.rows();

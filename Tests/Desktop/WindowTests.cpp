@@ -22,7 +22,8 @@ protected:
     }
 
     static void mouse(QWidget& on, QEvent::Type type, QPointF at) {
-        QMouseEvent event(type, on.mapFromGlobal(at), at, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        QMouseEvent event(type, on.mapFromGlobal(at), at, Qt::LeftButton, Qt::LeftButton,
+                          Qt::NoModifier);
         QApplication::sendEvent(&on, &event);
     }
 };
@@ -31,8 +32,8 @@ TEST(PointText, ReadsBackWhatItWritesAndNothingElse) {
     for (const char* const text : {"{1480, -12.5}", "{0.1, 0.0000001}", "{-3000000000000000, 5}"})
         EXPECT_EQ(PointText::format(PointText::parse(text)), text);
     EXPECT_EQ(PointText::format(PointText::parse(" {1,2.50 } ")), "{1, 2.5}");
-    for (const char* const text :
-         {"", "{", "{7", "{7,", "{7, 8", "7, 8", "{7; 8}", "{x, 8}", "{7, nan}", "{1e999, 8}", "{7,5, 8}"})
+    for (const char* const text : {"", "{", "{7", "{7,", "{7, 8", "7, 8", "{7; 8}", "{x, 8}",
+                                   "{7, nan}", "{1e999, 8}", "{7,5, 8}"})
         EXPECT_EQ(PointText::format(PointText::parse(text)), "{0, 0}") << text;
 }
 
@@ -47,7 +48,8 @@ TEST(Popover, HangsAtItsAnchorWithinTheScreen) {
                  {{700, 450, 40, 46}, 404, {524, 496}},  {{700, 450, 40, 47}, 404, {524, 46}},
                  {{700, 400, 40, 100}, 404, {524, 496}}, {{0, 100, 10, 10}, 1000, {0, 30}}};
     for (const auto& c : cases)
-        EXPECT_EQ(Popover::place(c.anchor, {392, c.height}, {0, 30, 1600, 870}).topLeft(), c.expected);
+        EXPECT_EQ(Popover::place(c.anchor, {392, c.height}, {0, 30, 1600, 870}).topLeft(),
+                  c.expected);
 }
 
 TEST(Screens, LosesToAPanelOnlyWhatItCovers) {
@@ -59,11 +61,23 @@ TEST(Screens, LosesToAPanelOnlyWhatItCovers) {
     } cases[] = {
         {"none", {}, left, right},
         {"above", {.top = 28, .topFrom = 0, .topTo = 1199}, {0, 28, 1200, 872}, right},
-        {"above the lower screen", {.top = 128, .topFrom = 1200, .topTo = 2199}, left, {1200, 128, 1000, 672}},
-        {"above both", {.top = 128, .topFrom = 0, .topTo = 2199}, {0, 128, 1200, 772}, {1200, 128, 1000, 672}},
+        {"above the lower screen",
+         {.top = 128, .topFrom = 1200, .topTo = 2199},
+         left,
+         {1200, 128, 1000, 672}},
+        {"above both",
+         {.top = 128, .topFrom = 0, .topTo = 2199},
+         {0, 128, 1200, 772},
+         {1200, 128, 1000, 672}},
         {"below", {.bottom = 30, .bottomFrom = 0, .bottomTo = 1199}, {0, 0, 1200, 870}, right},
-        {"left of the right one", {.left = 1240, .leftFrom = 100, .leftTo = 799}, left, {1240, 100, 960, 700}},
-        {"right of the left one", {.right = 1040, .rightFrom = 0, .rightTo = 899}, {0, 0, 1160, 900}, right},
+        {"left of the right one",
+         {.left = 1240, .leftFrom = 100, .leftTo = 799},
+         left,
+         {1240, 100, 960, 700}},
+        {"right of the left one",
+         {.right = 1040, .rightFrom = 0, .rightTo = 899},
+         {0, 0, 1160, 900},
+         right},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Screens::without(c.panel, left, {2200, 900}), c.left) << c.what;
@@ -117,7 +131,8 @@ TEST_F(Windows, FocusIsFollowedOnceHoweverOftenAWindowWasClosed) {
 TEST_F(Windows, AnOpenMenusRowsAnswerToTheirKeys) {
     int chosen = 0;
     QMenu menu;
-    fillMenu(menu, {{"Refresh", 'r', {}, [&] { ++chosen; }}, {"Donate", {}, {}, [&] { chosen += 10; }}});
+    fillMenu(menu,
+             {{"Refresh", 'r', {}, [&] { ++chosen; }}, {"Donate", {}, {}, [&] { chosen += 10; }}});
     menu.popup({});
     for (const auto modifier : {Qt::NoModifier, Qt::ControlModifier}) {
         QKeyEvent event(QEvent::KeyPress, Qt::Key_R, modifier);
@@ -149,7 +164,8 @@ TEST_F(Windows, BarIsDraggedWithoutJumpsAndToldOfOnceAtTheEnd) {
     EXPECT_EQ(PointText::format(bar.origin()), "{200, 450}");
     EXPECT_EQ(content.geometry(), QRect(0, 0, 300, 50));
     bar.resize(300, 60);  // as sway does, whose minimum is 50
-    EXPECT_EQ(bar.frame().size(), QSize(300, 50)) << "it would be taken for a change of the bar's own size";
+    EXPECT_EQ(bar.frame().size(), QSize(300, 50))
+        << "it would be taken for a change of the bar's own size";
     EXPECT_TRUE(Screens::hold({0, 0}) && Screens::hold({799, 799.5}));
     EXPECT_FALSE(Screens::hold({800, 10}) || Screens::hold({10, 800}) || Screens::hold({-1, 10}));
 }

@@ -19,8 +19,10 @@ nlohmann::json surfaces(const DisplaySettings& settings) {
 
 TEST(DisplaySettings, AUsableChoiceStandsAndAnythingElseIsTheDefault) {
     const TemporaryHome home;
-    for (const auto& row : fixture("tables/display-settings")) {  // stored, loaded without and with a Touch Bar
-        TemporaryHome::write(".config/quillet/defaults.json", "{\"enabledSurfaces\":" + row[0].dump() + "}");
+    for (const auto& row :
+         fixture("tables/display-settings")) {  // stored, loaded without and with a Touch Bar
+        TemporaryHome::write(".config/quillet/defaults.json",
+                             "{\"enabledSurfaces\":" + row[0].dump() + "}");
         EXPECT_EQ(surfaces(DisplaySettings::load(false)), row[1]) << row;
         EXPECT_EQ(surfaces(DisplaySettings::load(true)), row[2]) << row;
         DisplaySettings::load(true).save();

@@ -21,7 +21,9 @@ std::string summary(std::string_view text) {
 
 TEST(AppConfig, WhatIsUnusableFallsBackAloneAndTheRestCounts) {
     for (const auto& row : fixture("tables/config"))
-        EXPECT_EQ(nlohmann::json(summary(row[0].is_string() ? row[0].get<std::string>() : row[0].dump())), row[1])
+        EXPECT_EQ(
+            nlohmann::json(summary(row[0].is_string() ? row[0].get<std::string>() : row[0].dump())),
+            row[1])
             << row;
     EXPECT_EQ(summary("{\"intervalSeconds\":30,\"a\":\"\xFF\"}"), "Cl+ Co+ Ge+ Op+ 20.0");
 }
@@ -35,8 +37,11 @@ TEST(ModelNaming, KnownAndUnknownNamesGiveShortLabels) {
 }
 
 TEST(UsageFormat, NumbersRoundAndNeverOverflow) {
-    const std::pair<double, const char*> percents[] = {
-        {std::nextafter(0.5, 0), "0%"}, {42.5, "43%"}, {-0.5, "-1%"}, {130.2, "130%"}, {0x1p63, "—"}};
+    const std::pair<double, const char*> percents[] = {{std::nextafter(0.5, 0), "0%"},
+                                                       {42.5, "43%"},
+                                                       {-0.5, "-1%"},
+                                                       {130.2, "130%"},
+                                                       {0x1p63, "—"}};
     for (const auto& [percent, text] : percents)
         EXPECT_EQ(UsageFormat::percentText(percent), text) << percent;
     ScopedClock clock(1'800'000'000);

@@ -79,7 +79,9 @@ TEST(PanelView, ControlsShowTheSettingsAndAskForTheOpposite) {
         for (const auto& text : row["settings"])
             panel.settings.surfaces.insert(*DisplaySurface::fromRawValue(text.get<std::string>()));
         if (!row["hidden"].is_null())
-            panel.isProviderVisible = [&](Provider p) { return json(p.rawValue()) != row["hidden"]; };
+            panel.isProviderVisible = [&](Provider p) {
+                return json(p.rawValue()) != row["hidden"];
+            };
         panel.update(std::vector<PanelView::Entry>());
         panel.update({{Provider::claude, std::nullopt}});
         EXPECT_EQ(panel.findChildren<QWidget*>().size(), 10) << "made twice";
@@ -100,20 +102,22 @@ TEST(PanelView, ControlsShowTheSettingsAndAskForTheOpposite) {
         panel.onToggleProvider = nullptr, panel.onToggleSurface = nullptr,
         panel.onDonate = panel.onRefresh = nullptr;
 
-        for (std::size_t i = 0; i < buttons.size(); ++i) {  // also after the presses, which change nothing
+        for (std::size_t i = 0; i < buttons.size();
+             ++i) {  // also after the presses, which change nothing
             press(buttons[i], i < 9 ? Qt::Key_Space : Qt::Key_Shift);
             const auto& [title, font, color, background, radius] = buttons[i]->look();
             const QRect frame = buttons[i]->geometry();
             const double y = panel.height() - frame.y() - frame.height() / 2.0;
             const int gap =
                 i >= 7 ? (i == 9 ? 392 : buttons[i + 1]->x()) - frame.x() - frame.width()
-                       : frame.x() - (i == 0 || i == 4 ? 0 : buttons[i - 1]->x() + buttons[i - 1]->width());
+                       : frame.x() -
+                             (i == 0 || i == 4 ? 0 : buttons[i - 1]->x() + buttons[i - 1]->width());
             const double slack = frame.width() - TextLine(title, font).width();
-            EXPECT_EQ(
-                json({buttons[i]->accessibleName().toStdString(), title, font.size, font.weight, components(color),
-                      components(background), buttons[i]->isEnabled(), buttons[i]->isChecked(), gap, y,
-                      slack >= 0 && slack < 9 ? json() : json(frame.width())}),
-                row["buttons"][i]);
+            EXPECT_EQ(json({buttons[i]->accessibleName().toStdString(), title, font.size,
+                            font.weight, components(color), components(background),
+                            buttons[i]->isEnabled(), buttons[i]->isChecked(), gap, y,
+                            slack >= 0 && slack < 9 ? json() : json(frame.width())}),
+                      row["buttons"][i]);
         }
     }
 }
@@ -130,7 +134,8 @@ TEST(PanelView, TheKeyboardGoesThroughTheControlsInReadingOrder) {
     for (auto* button : buttons) {
         ASSERT_TRUE(button->hasFocus()) << button->look().title << " is not next";
         const QImage focused = Picture::of(*button, 2);
-        EXPECT_FALSE(QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name).isEmpty())
+        EXPECT_FALSE(
+            QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name).isEmpty())
             << button->look().title;
         press(QApplication::focusWidget(), Qt::Key_Tab);
         EXPECT_NE(Picture::of(*button, 2), focused) << "the focus does not show";

@@ -35,8 +35,10 @@ TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
         const TemporaryHome home;
         std::string text = row[0];
         if (text == "large") text.assign(2 << 20, ' ');
-        if (text == "deep") text = "{\"a\":" + std::string(200'000, '[') + std::string(200'000, ']') + "}";
-        const auto target = TemporaryHome::write("elsewhere.json", text), path = TemporaryHome::write(file, "");
+        if (text == "deep")
+            text = "{\"a\":" + std::string(200'000, '[') + std::string(200'000, ']') + "}";
+        const auto target = TemporaryHome::write("elsewhere.json", text),
+                   path = TemporaryHome::write(file, "");
         fs::remove(path);
         fs::create_symlink(target, path);  // read through, but replaced
         const auto array = UserDefaults::textArray("a");
@@ -71,12 +73,14 @@ TEST(UserDefaults, WhatCannotBeSavedHoldsAndIsSavedLater) {
     EXPECT_EQ(UserDefaults::text("first"), "1");
     fs::remove(TemporaryHome::at(".config"));
     UserDefaults::setText("second", "2");
-    EXPECT_EQ(json::parse(textOf(TemporaryHome::at(file))), (json{{"first", "1"}, {"second", "2"}}));
+    EXPECT_EQ(json::parse(textOf(TemporaryHome::at(file))),
+              (json{{"first", "1"}, {"second", "2"}}));
 }
 
 TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
     const TemporaryHome home;
-    const std::vector<std::string> values[] = {{std::string(50'000, 'a')}, {std::string(90'000, 'b')}};
+    const std::vector<std::string> values[] = {{std::string(50'000, 'a')},
+                                               {std::string(90'000, 'b')}};
     const auto begin = std::chrono::steady_clock::now();
     UserDefaults::setTextArray("a", values[0]);
     const auto oneSave = std::chrono::steady_clock::now() - begin;

@@ -10,11 +10,13 @@ namespace fs = std::filesystem;
 
 TEST(WholeFile, AFailedWriteLeavesWhatWasThere) {
     const TemporaryHome home;
-    const auto path = TemporaryHome::write("file", "old"), longest = TemporaryHome::at(std::string(255, 'x'));
-    EXPECT_TRUE(WholeFile::write(longest, "x", WholeFile::Flush::yes)) << "the longest name that a file may have";
+    const auto path = TemporaryHome::write("file", "old"),
+               longest = TemporaryHome::at(std::string(255, 'x'));
+    EXPECT_TRUE(WholeFile::write(longest, "x", WholeFile::Flush::yes))
+        << "the longest name that a file may have";
     fs::remove(longest);
-    for (const auto& bad : {TemporaryHome::at("none/file"), TemporaryHome::path(), path + "/file", std::string(),
-                            std::string("/proc/file")})
+    for (const auto& bad : {TemporaryHome::at("none/file"), TemporaryHome::path(), path + "/file",
+                            std::string(), std::string("/proc/file")})
         EXPECT_FALSE(WholeFile::write(bad, "new", WholeFile::Flush::no)) << bad;
     signal(SIGXFSZ, SIG_IGN);
     rlimit limit;

@@ -30,7 +30,8 @@ public:
 namespace {
 
 using nlohmann::json;
-constexpr Instant start = 1'750'000'000;  // 43,600 s into the day where it is three hours earlier than in UTC
+constexpr Instant start =
+    1'750'000'000;  // 43,600 s into the day where it is three hours earlier than in UTC
 
 std::string keychainItem;
 
@@ -39,7 +40,9 @@ std::string shown(const UsageSnapshot& snapshot) {
     std::ostringstream out;
     out.precision(15);
     out << (snapshot.connected ? "yes" : "no");
-    const auto put = [&out](const auto&... values) { ((values ? out << '|' << *values : out << "|-"), ...); };
+    const auto put = [&out](const auto&... values) {
+        ((values ? out << '|' << *values : out << "|-"), ...);
+    };
     put(snapshot.planLabel, snapshot.modelLabel, snapshot.effortLabel, snapshot.dailyPercent,
         snapshot.weeklyPercent, snapshot.dailyResetAt, snapshot.weeklyResetAt, snapshot.error);
     return out.str();
@@ -69,13 +72,14 @@ protected:
         for (const auto& [file, content] : files.items())
             home.write(file, textIn(content), modified);
         for (const std::string chat : step.value("chats", json::array()))
-            home.write(".gemini/tmp/app/chats/" + chat + ".jsonl", textOf(FIXTURES "/gemini/" + chat + ".jsonl"),
-                       modified);
+            home.write(".gemini/tmp/app/chats/" + chat + ".jsonl",
+                       textOf(FIXTURES "/gemini/" + chat + ".jsonl"), modified);
         server.prepare(step);
     }
 
     static UsageSnapshot collect() {
-        const bool isOnline = GetParam().starts_with("c"), isFirst = GetParam() < (isOnline ? "cm" : "n");
+        const bool isOnline = GetParam().starts_with("c"),
+                   isFirst = GetParam() < (isOnline ? "cm" : "n");
         if (isOnline) return isFirst ? ClaudeProvider().collect() : CodexProvider().collect();
         return isFirst ? GeminiProvider().collect() : OpenCodeProvider().collect();
     }
@@ -97,14 +101,16 @@ TEST_P(Collector, Shows) {
         for (auto& each : collects) {
             const auto snapshot = each.get();
             EXPECT_EQ(json(shown(snapshot)), step["shows"]);
-            EXPECT_EQ(snapshot.updatedAt, start + step.value("updated", snapshot.updatedAt - start));
+            EXPECT_EQ(snapshot.updatedAt,
+                      start + step.value("updated", snapshot.updatedAt - start));
         }
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
         EXPECT_EQ(server.amiss(step), json());
     }
 }
 INSTANTIATE_TEST_SUITE_P(Scenario, Collector,
-                         testing::ValuesIn(scenarioNames({"claude", "codex", "gemini", "opencode"})),
+                         testing::ValuesIn(scenarioNames({"claude", "codex", "gemini",
+                                                          "opencode"})),
                          [](const auto& scenario) { return scenario.param; });
 
 }  // namespace

@@ -21,7 +21,8 @@ public:
     Tool(const std::string& database, const std::string& sql) {
         const auto file = TemporaryHome::beside("sql"), ready = TemporaryHome::beside("ready");
         std::ofstream(file) << sql;
-        process = popen(("opencode-tool '" + database + "' \"$(cat " + file + ")\" " + ready).c_str(), "we");
+        process = popen(
+            ("opencode-tool '" + database + "' \"$(cat " + file + ")\" " + ready).c_str(), "we");
         for (int i = 0; i < 1000 && !std::filesystem::remove(ready); i++)
             usleep(10'000);
     }
@@ -32,7 +33,8 @@ private:
     FILE* process;
 };
 
-/// The sum, which must come without a change to any file and be the same for a user who owns none of them.
+/// The sum, which must come without a change to any file and be the same for a user who owns none
+/// of them.
 std::string sumOf(const std::string& path) {
     const auto before = TemporaryHome::tree();
     std::string sums[2];
@@ -62,9 +64,11 @@ TEST(OpenCodeTokens, SumWhatTheMessagesOfTheWindowSay) {
 TEST(OpenCodeTokens, AnUnusableDatabaseIsAbsentAndNeverWaitedFor) {
     TemporaryHome home;
     const Tool tool(home.at("locked"), schema + "BEGIN EXCLUSIVE");
-    EXPECT_EQ(home.shell("opencode-tool other 'CREATE TABLE messages (data TEXT)'; head -c 1000 other > cut;"
-                         "touch empty; mkfifo fifo"),
-              0);
+    EXPECT_EQ(
+        home.shell(
+            "opencode-tool other 'CREATE TABLE messages (data TEXT)'; head -c 1000 other > cut;"
+            "touch empty; mkfifo fifo"),
+        0);
     alarm(5);
     for (const char* name : {"locked", "other", "cut", "empty", ".", "none", "fifo"})
         EXPECT_EQ(sumOf(home.at(name)), "absent") << name;
@@ -73,17 +77,20 @@ TEST(OpenCodeTokens, AnUnusableDatabaseIsAbsentAndNeverWaitedFor) {
 
 TEST(OpenCodeTokens, AViewWithoutAnEndIsGivenUp) {
     TemporaryHome home;
-    const Tool tool(home.at("endless"),
-                    "CREATE VIEW message AS WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c)"
-                    "SELECT 9e15 AS time_created, '{\"tokens\": {\"input\": 0}}' AS data FROM c");
+    const Tool tool(
+        home.at("endless"),
+        "CREATE VIEW message AS WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c)"
+        "SELECT 9e15 AS time_created, '{\"tokens\": {\"input\": 0}}' AS data FROM c");
     alarm(60);
     EXPECT_EQ(OpenCodeProvider::tokensInLastFiveHours(home.at("endless")), std::nullopt);
 }
 
 TEST(OpenCodeTokens, AWriteAheadLogIsReadAndNoFileIsTouched) {
     ScopedClock clock(1'750'000'000);
-    const auto sql = textOf(FIXTURES "/opencode-log.sql");     // 7 tokens in the database, 1 in its log
-    for (const auto& row : fixture("tables/opencode-logs")) {  // what happens after a crash, then the sum
+    const auto sql =
+        textOf(FIXTURES "/opencode-log.sql");  // 7 tokens in the database, 1 in its log
+    for (const auto& row :
+         fixture("tables/opencode-logs")) {  // what happens after a crash, then the sum
         TemporaryHome home;
         {
             const Tool tool(home.at("db"), sql);

@@ -15,10 +15,12 @@ TEST(StatusSummary, ShowsEachProvidersHighestPercentage) {
         std::vector<Provider> providers;
         for (const auto& row : picture["entries"]) {
             providers.push_back(providerOf(row));
-            if (const auto snapshot = snapshotOf(row)) snapshots.emplace(providerOf(row), *snapshot);
+            if (const auto snapshot = snapshotOf(row))
+                snapshots.emplace(providerOf(row), *snapshot);
         }
         auto pieces = json::array();
-        for (const auto& [initials, fill, color, accent, connected] : StatusSummary::pieces(snapshots, providers))
+        for (const auto& [initials, fill, color, accent, connected] :
+             StatusSummary::pieces(snapshots, providers))
             pieces.push_back({initials,
                               fill ? json(*fill) : json(),
                               {color.red, color.green, color.blue, color.alpha},
@@ -36,7 +38,8 @@ TEST(StatusSummary, ShowsEachProvidersHighestPercentage) {
     }
     expectHostileValuesDrawnAtOnce([](const UsageSnapshot& snapshot) {
         const StatusSummary::Snapshots snapshots{{snapshot.provider, snapshot}};
-        StatusSummary::render(snapshots, {snapshot.provider}, 2), StatusSummary::controlStripGlyph(snapshots, 2);
+        StatusSummary::render(snapshots, {snapshot.provider}, 2),
+            StatusSummary::controlStripGlyph(snapshots, 2);
         const auto fill = StatusSummary::pieces(snapshots, {snapshot.provider})[0].fill.value_or(0);
         EXPECT_TRUE(fill >= 0 && fill <= 1) << fill;
     });
@@ -44,7 +47,9 @@ TEST(StatusSummary, ShowsEachProvidersHighestPercentage) {
 
 /// Of two greys, as people see them: 1 for the same.
 double contrast(int one, int other) {
-    const auto luminance = [](int grey) { return std::pow((grey / 255.0 + 0.055) / 1.055, 2.4) + 0.05; };
+    const auto luminance = [](int grey) {
+        return std::pow((grey / 255.0 + 0.055) / 1.055, 2.4) + 0.05;
+    };
     return luminance(std::max(one, other)) / luminance(std::min(one, other));
 }
 
@@ -77,15 +82,19 @@ TEST(UsageGauge, LeavesOutWhatDoesNotFit) {
     const struct {
         const GaugeStyle& style;
         double labelSize, percentSize, resetSize, gap, clearance, inset, least;
-    } cases[] = {{UsageGauge::strip, 8.5, 10, 7.5, 6, 26, 5, 6}, {UsageGauge::panel, 9.5, 11, 8, 8, 40, 7, 10}};
+    } cases[] = {{UsageGauge::strip, 8.5, 10, 7.5, 6, 26, 5, 6},
+                 {UsageGauge::panel, 9.5, 11, 8, 8, 40, 7, 10}};
     for (const auto& c : cases) {
         const double label = TextLine("5h", {c.labelSize, FontWeight::medium}).width();
-        const double percent = TextLine("42%", {c.percentSize, FontWeight::bold, 0, true}).width() + c.gap;
-        const double reset = TextLine("↻ 1h 0m", {c.resetSize, FontWeight::regular, 0, true}).width();
+        const double percent =
+            TextLine("42%", {c.percentSize, FontWeight::bold, 0, true}).width() + c.gap;
+        const double reset =
+            TextLine("↻ 1h 0m", {c.resetSize, FontWeight::regular, 0, true}).width();
         const auto gauge = [&](double width, double ahead) {
             return UsageGauge(c.style, "5h", 42, Clock::now() + ahead, {100, 0, width, 16});
         };
-        const double bar = label + c.inset + c.least + percent, all = label + c.clearance + reset + percent;
+        const double bar = label + c.inset + c.least + percent,
+                     all = label + c.clearance + reset + percent;
         EXPECT_FALSE(gauge(bar - 0.1, -1).track || gauge(bar - 0.1, -1).fill);
         EXPECT_NEAR(gauge(bar + 0.1, -1).track.value_or(Rect()).width, c.least + 0.1, 1e-6);
         EXPECT_FALSE(gauge(all - 0.1, 3600).showsReset() || gauge(500, 0).showsReset());

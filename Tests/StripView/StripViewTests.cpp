@@ -11,14 +11,16 @@ TEST(StripView, DrawsASegmentForEachEntry) {
     StripView strip;
     EXPECT_EQ(strip.sizeHint(), QSize(260, 30));
     const auto draw = [&] {
-        return Picture::of(Size{strip.measuredWidth(), 30}, 2, [&](Canvas& c) { strip.draw(c, 30); });
+        return Picture::of(Size{strip.measuredWidth(), 30}, 2,
+                           [&](Canvas& c) { strip.draw(c, 30); });
     };
     for (const auto& picture : pictures("strip")) {
         SCOPED_TRACE(picture["what"]);
         std::vector<StripView::Entry> entries;
         for (const auto& row : picture["entries"])
-            entries.push_back(
-                {providerOf(row), row.value("icon", false) ? std::optional(icon) : std::nullopt, snapshotOf(row)});
+            entries.push_back({providerOf(row),
+                               row.value("icon", false) ? std::optional(icon) : std::nullopt,
+                               snapshotOf(row)});
         strip.update(entries);
         EXPECT_EQ(strip.sizeHint(), QSize(picture["width"], 30));
         expectPicture(draw(), picture["drawn"]);

@@ -8,8 +8,9 @@
 #include "Desktop/Picture.h"
 #include "Model/UsageSnapshot.h"
 
-// Pictures as Tests/fixtures/pictures tells them, one shape or text per row. A text is [text, size, weight], then
-// kern and whether digits have equal width. Rectangles grow, shrink and move by the widths of texts.
+// Pictures as Tests/fixtures/pictures tells them, one shape or text per row. A text is [text, size,
+// weight], then kern and whether digits have equal width. Rectangles grow, shrink and move by the
+// widths of texts.
 
 using nlohmann::json;
 
@@ -20,7 +21,8 @@ inline Color colorOf(const json& row) {
 
 inline TextLine textOf(const json& row) {
     return {row[0],
-            {row[1], FontWeight(row[2].get<int>()), row.size() > 3 ? row[3].get<double>() : 0, row.size() > 4}};
+            {row[1], FontWeight(row[2].get<int>()), row.size() > 3 ? row[3].get<double>() : 0,
+             row.size() > 4}};
 }
 
 inline double widths(const json& row, const char* key) {
@@ -34,9 +36,11 @@ inline void drawText(Canvas& canvas, const json& row) {
     const auto text = textOf(row["text"]);
     const auto anchor = row.value("anchor", std::vector<double>{0, 0}),
                clip = row.value("clip", std::vector<double>{-9e5, -9e5, 2e6, 2e6, 0});
-    const Point origin{row["at"][0].get<double>() - widths(row, "before") - anchor[0] * text.width(),
-                       row["at"][1].get<double>() - anchor[1] * text.height()};
-    canvas.drawClipped(text, origin, colorOf(row["color"]), {clip[0], clip[1], clip[2], clip[3]}, clip[4]);
+    const Point origin{
+        row["at"][0].get<double>() - widths(row, "before") - anchor[0] * text.width(),
+        row["at"][1].get<double>() - anchor[1] * text.height()};
+    canvas.drawClipped(text, origin, colorOf(row["color"]), {clip[0], clip[1], clip[2], clip[3]},
+                       clip[4]);
 }
 
 inline void drawShape(Canvas& canvas, const json& row) {
@@ -47,23 +51,30 @@ inline void drawShape(Canvas& canvas, const json& row) {
     const Rect rect{at[0].get<double>() + widths(row, "after"), at[1], width, at[3]};
     const auto fade = row.value("fade", json::array());
     if (!fade.empty())
-        return canvas.fillVerticalGradient(rect, {colorOf(fade[0]), colorOf(fade[1]), colorOf(fade[2])});
+        return canvas.fillVerticalGradient(rect,
+                                           {colorOf(fade[0]), colorOf(fade[1]), colorOf(fade[2])});
     const Color color = colorOf(row["color"]);
     const double radius = row.value("radius", 0.0);
-    if (row.contains("glow")) canvas.glowRounded(rect, radius, {color.withAlpha(row["glow"][1]), row["glow"][0]});
-    canvas.fillRoundedGradient(rect, radius, color, row.contains("to") ? colorOf(row["to"]) : color);
-    if (row.contains("line")) canvas.strokeRounded(rect, radius, color.withAlpha(row["line"][0]), row["line"][1]);
+    if (row.contains("glow"))
+        canvas.glowRounded(rect, radius, {color.withAlpha(row["glow"][1]), row["glow"][0]});
+    canvas.fillRoundedGradient(rect, radius, color,
+                               row.contains("to") ? colorOf(row["to"]) : color);
+    if (row.contains("line"))
+        canvas.strokeRounded(rect, radius, color.withAlpha(row["line"][0]), row["line"][1]);
 }
 
 /// Fails unless the picture, at 2 pixels per point, is what the rows draw, but for rounding.
 inline void expectPicture(const QImage& drawn, const json& rows) {
-    const QImage told = Picture::of({drawn.width() / 2.0, drawn.height() / 2.0}, 2, [&](Canvas& canvas) {
-        for (const auto& row : rows)
-            row.contains("text") ? drawText(canvas, row) : drawShape(canvas, row);
-    });
+    const QImage told =
+        Picture::of({drawn.width() / 2.0, drawn.height() / 2.0}, 2, [&](Canvas& canvas) {
+            for (const auto& row : rows)
+                row.contains("text") ? drawText(canvas, row) : drawShape(canvas, row);
+        });
     for (int i = 0; i < told.sizeInBytes(); ++i) {
-        const auto pixel = i / 4, x = pixel % told.width(), y = told.height() - pixel / told.width();
-        ASSERT_NEAR(drawn.constBits()[i], told.constBits()[i], 2) << x / 2.0 << ", " << y / 2.0 << " points";
+        const auto pixel = i / 4, x = pixel % told.width(),
+                   y = told.height() - pixel / told.width();
+        ASSERT_NEAR(drawn.constBits()[i], told.constBits()[i], 2)
+            << x / 2.0 << ", " << y / 2.0 << " points";
     }
 }
 

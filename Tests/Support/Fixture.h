@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-/// One of the files in Tests/fixtures: rows of what goes in and what must come out, or scenarios by name.
+/// One of the files in Tests/fixtures: rows of what goes in and what must come out, or scenarios by
+/// name.
 inline nlohmann::json fixture(const std::string& name) {
     return nlohmann::json::parse(std::ifstream(FIXTURES "/" + name + ".json"));
 }

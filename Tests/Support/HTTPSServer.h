@@ -11,7 +11,8 @@ class HTTPSServer {
 public:
     HTTPSServer() {
         std::filesystem::create_directories(directory);
-        process = popen(("https-server '" + directory + "' > '" + directory + "/ports'").c_str(), "we");
+        process =
+            popen(("https-server '" + directory + "' > '" + directory + "/ports'").c_str(), "we");
         for (int i = 0; i < 3000 && mutePort.empty(); i++) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
             std::ifstream(directory + "/ports") >> port >> mutePort;
@@ -32,7 +33,8 @@ public:
                 "misnamed.test:443:" + address(), "mute.test:443:127.0.0.1:" + mutePort};
     }
 
-    /// Has requests for `path` answered by `reply` from now on; the keys are in Support/https-server.
+    /// Has requests for `path` answered by `reply` from now on; the keys are in
+    /// Support/https-server.
     void reply(std::string path, const nlohmann::json& reply) const {
         std::ranges::replace(path, '/', '_');
         std::ofstream(directory + "/" + path) << reply;
@@ -46,7 +48,9 @@ public:
     }
 
     /// What has come so far; the keys are in Support/https-server.
-    nlohmann::json seen() const { return nlohmann::json::parse(std::ifstream(directory + "/seen.json")); }
+    nlohmann::json seen() const {
+        return nlohmann::json::parse(std::ifstream(directory + "/seen.json"));
+    }
 
     /// What of that is not as the step says; null if all is.
     nlohmann::json amiss(const nlohmann::json& step) const {

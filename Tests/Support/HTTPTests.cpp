@@ -32,16 +32,20 @@ protected:
 
     /// A scenario with the server's own address and authority in the places left for them.
     json steps() const {
-        const auto text = std::regex_replace(scenario(GetParam()).dump(), std::regex("ADDRESS"), server.address());
-        return json::parse(std::regex_replace(text, std::regex("AUTHORITY"), server.certificates()));
+        const auto text = std::regex_replace(scenario(GetParam()).dump(), std::regex("ADDRESS"),
+                                             server.address());
+        return json::parse(
+            std::regex_replace(text, std::regex("AUTHORITY"), server.certificates()));
     }
 
     void prepare(const json& step) {
         server.prepare(step);
         const auto environment = step.value("environment", json::object());
         for (const auto& [name, value] : environment.items())
-            setenv(variables.insert(name).first->c_str(), value.get_ref<const std::string&>().c_str(), 1);
-        const auto standIns = step.value("stand-ins", true) ? server.standIns() : std::vector<std::string>();
+            setenv(variables.insert(name).first->c_str(),
+                   value.get_ref<const std::string&>().c_str(), 1);
+        const auto standIns =
+            step.value("stand-ins", true) ? server.standIns() : std::vector<std::string>();
         if (step.contains("certificates")) HTTP::restart({step["certificates"], standIns});
         std::this_thread::sleep_for(Milliseconds(1000 * step.value("wait", 0.0)));
     }
@@ -50,8 +54,9 @@ protected:
         SCOPED_TRACE(step.dump());
         const double timeout = step.value("timeout", 5.0);
         const auto begin = Clock::now();
-        EXPECT_EQ(fetch(step["url"].get<std::string>(), step.value("fields", HTTP::Headers()), timeout),
-                  step["gives"]);
+        EXPECT_EQ(
+            fetch(step["url"].get<std::string>(), step.value("fields", HTTP::Headers()), timeout),
+            step["gives"]);
         EXPECT_LE(Milliseconds(Clock::now() - begin).count(), 1000 * (timeout + 2) + 100);
         EXPECT_EQ(server.amiss(step), json());
     }

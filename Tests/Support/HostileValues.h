@@ -5,7 +5,8 @@
 
 #include "Model/UsageSnapshot.h"
 
-/// Draws snapshots as no collector should make them, each in a tenth of a second; sanitizers get two.
+/// Draws snapshots as no collector should make them, each in a tenth of a second; sanitizers get
+/// two.
 template <class Draw>
 void expectHostileValuesDrawnAtOnce(Draw draw) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -22,16 +23,20 @@ void expectHostileValuesDrawnAtOnce(Draw draw) {
                                  std::string(1, '\0'),
                                  std::string(10'000, 'W')};
     for (const auto& word : words) {
-        for (const double number : {double(NAN), double(INFINITY), -double(INFINITY), -5.0, 1e300}) {
+        for (const double number :
+             {double(NAN), double(INFINITY), -double(INFINITY), -5.0, 1e300}) {
             UsageSnapshot figures(Provider::codex), texts(Provider::codex);
-            figures.dailyPercent = figures.weeklyPercent = figures.dailyResetAt = figures.weeklyResetAt = number;
+            figures.dailyPercent = figures.weeklyPercent = figures.dailyResetAt =
+                figures.weeklyResetAt = number;
             figures.modelLabel = texts.planLabel = texts.error = word;
             figures.connected = texts.connected = true;
             auto shortest = std::chrono::nanoseconds::max();
-            for (int i = 0; i < 3 && shortest > limit; ++i) {  // the machine may be busy with something else
+            for (int i = 0; i < 3 && shortest > limit;
+                 ++i) {  // the machine may be busy with something else
                 const auto begin = std::chrono::steady_clock::now();
                 draw(figures), draw(texts);
-                shortest = std::min<std::chrono::nanoseconds>(shortest, std::chrono::steady_clock::now() - begin);
+                shortest = std::min<std::chrono::nanoseconds>(
+                    shortest, std::chrono::steady_clock::now() - begin);
             }
             EXPECT_LT(shortest, limit) << word.substr(0, 99) << number;
         }

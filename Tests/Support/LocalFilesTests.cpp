@@ -17,7 +17,8 @@ std::vector<fs::path> entries(const std::string& folder) {
     return all;
 }
 
-/// How many files a walk visits when something happens at the first one, of which it is told the folder.
+/// How many files a walk visits when something happens at the first one, of which it is told the
+/// folder.
 int countFiles(const std::function<void(const std::string&)>& atFirst) {
     int visits = 0;
     LocalFiles::forEachFile(
@@ -50,7 +51,8 @@ TEST(ForEachFile, GoesOnPastWhatIsClosedOrVanishes) {
     TemporaryHome home;
     for (int i = 0; i < 25; i++)  // five folders of five logs each
         home.write(std::to_string(i / 5) + "/" + std::to_string(i % 5) + ".log", "", 1000);
-    EXPECT_EQ(LocalFiles::newestFile("~/3", ".log"), entries(home.at("3")).front()) << "the first of equals";
+    EXPECT_EQ(LocalFiles::newestFile("~/3", ".log"), entries(home.at("3")).front())
+        << "the first of equals";
 
     const auto folders = entries(home.path());
     const auto setMode = [&](mode_t mode) {
@@ -66,8 +68,10 @@ TEST(ForEachFile, GoesOnPastWhatIsClosedOrVanishes) {
         const auto all = entries(folder);
         std::for_each(all.begin() + 1, all.end() - 1, [](auto& path) { fs::remove_all(path); });
     };
-    const int visits = countFiles([&](const std::string& folder) { thin(folder), thin(home.path()); });
-    EXPECT_EQ(visits, 2 + 5) << "the first and the last file of the first folder, then the last folder";
+    const int visits =
+        countFiles([&](const std::string& folder) { thin(folder), thin(home.path()); });
+    EXPECT_EQ(visits, 2 + 5)
+        << "the first and the last file of the first folder, then the last folder";
 }
 
 TEST(Tail, IsValidTextOfARegularFileFromTheCutOn) {
@@ -76,10 +80,13 @@ TEST(Tail, IsValidTextOfARegularFileFromTheCutOn) {
     for (const auto& text : {""s, "1234"s, "x1234"s, "\xFF\xE2\x80\x94x"s, "a\0b\r\n"s})
         EXPECT_EQ(LocalFiles::tail(home.write("log", text), 4),
                   text.substr(text.size() > 4 ? text.size() - 4 : 0));
-    for (const char* text : {"\xE2\x80\x94xx", "xxx\xE2\x80", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+    for (const char* text :
+         {"\xE2\x80\x94xx", "xxx\xE2\x80", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
         EXPECT_EQ(LocalFiles::tail(home.write("log", text), 4), std::nullopt) << text;
     for (std::size_t i = 0; i < 18; i++)
-        EXPECT_FALSE(LocalFiles::tail(home.write("log", std::string(40, 'a').replace(i, 1, "\xFF")), 99)) << i;
+        EXPECT_FALSE(
+            LocalFiles::tail(home.write("log", std::string(40, 'a').replace(i, 1, "\xFF")), 99))
+            << i;
 }
 
 TEST(Tail, OfAnythingButARegularFileIsAbsentAtOnce) {
@@ -93,7 +100,8 @@ TEST(Tail, OfAnythingButARegularFileIsAbsentAtOnce) {
     close(descriptor);
     alarm(5);  // a FIFO must not be waited for
     for (const char* name : {"fifo", "loop", ".", "none", "../../../../../../../../dev/zero"})
-        EXPECT_FALSE(LocalFiles::tail(home.at(name), 100) || RegularFile::contents(home.at(name))) << name;
+        EXPECT_FALSE(LocalFiles::tail(home.at(name), 100) || RegularFile::contents(home.at(name)))
+            << name;
     alarm(0);
     EXPECT_EQ(dup(0), descriptor) << "a file is left open";
     close(descriptor);

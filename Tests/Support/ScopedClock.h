@@ -7,7 +7,8 @@
 /// Stops the program's clock at an instant of the test's choice.
 class ScopedClock {
 public:
-    explicit ScopedClock(Instant start) : previous(Clock::exchangeSource([] { return current.load(); })) {
+    explicit ScopedClock(Instant start)
+        : previous(Clock::exchangeSource([] { return current.load(); })) {
         set(start);
     }
     ~ScopedClock() { Clock::exchangeSource(previous); }

@@ -18,8 +18,8 @@ inline std::string textOf(const std::string& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// A home directory that is empty when the object begins and gone when it ends. One place for the whole process,
-/// because the program looks some paths up once.
+/// A home directory that is empty when the object begins and gone when it ends. One place for the
+/// whole process, because the program looks some paths up once.
 class TemporaryHome {
 public:
     TemporaryHome() : previous(HomeDirectory::exchangeOverride(path())) {
@@ -57,7 +57,8 @@ public:
         const std::filesystem::path file = at(relative);
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << text;
-        const sys_time<nanoseconds> time(round<nanoseconds>(duration<double>(modifiedAt.value_or(0))));
+        const sys_time<nanoseconds> time(
+            round<nanoseconds>(duration<double>(modifiedAt.value_or(0))));
         if (modifiedAt) std::filesystem::last_write_time(file, file_clock::from_sys(time));
         return file;
     }
@@ -73,10 +74,15 @@ public:
         const auto add = [&all](const std::string& file) {
             struct stat is {};
             lstat(file.c_str(), &is);
-            all[file] = {
-                is.st_ino,   is.st_mode,         is.st_uid,
-                is.st_gid,   is.st_mtime,        is.st_mtim.tv_nsec,
-                is.st_ctime, is.st_ctim.tv_nsec, S_ISREG(is.st_mode) ? std::hash<std::string>()(textOf(file)) : 0};
+            all[file] = {is.st_ino,
+                         is.st_mode,
+                         is.st_uid,
+                         is.st_gid,
+                         is.st_mtime,
+                         is.st_mtim.tv_nsec,
+                         is.st_ctime,
+                         is.st_ctim.tv_nsec,
+                         S_ISREG(is.st_mode) ? std::hash<std::string>()(textOf(file)) : 0};
         };
         add(path());
         for (const auto& entry : std::filesystem::recursive_directory_iterator(path()))
