@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "Desktop/Picture.h"
+#include "Drawing/Picture.h"
 #include "Measure.h"
 #include "PanelView/PanelView.h"
 #include "Rendering/ProviderChip.h"
@@ -37,6 +37,11 @@ StatusSummary::Snapshots makeSnapshots() {
     return snapshots;
 }
 
+void render(QWidget& widget) {
+    QImage image = Picture::blank({double(widget.width()), double(widget.height())}, scale);
+    widget.render(&image);
+}
+
 class Surfaces {
 public:
     void drawStrip() {
@@ -45,7 +50,7 @@ public:
             entries.push_back({provider, ProviderChip::picture(provider, scale), snapshot});
         strip.update(std::move(entries));
         strip.resize(strip.sizeHint());
-        Picture::of(strip, scale);
+        render(strip);
     }
 
     void drawSummary() const { StatusSummary::render(snapshots, providers, scale); }
@@ -56,7 +61,7 @@ public:
         for (const auto& [provider, snapshot] : snapshots)
             entries.push_back({provider, snapshot});
         panel.update(std::move(entries));
-        Picture::of(panel, scale);
+        render(panel);
     }
 
     void drawAll() {

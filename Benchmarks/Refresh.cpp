@@ -12,8 +12,8 @@
 #include <typeinfo>
 
 #include "App/AppDelegate.h"
-#include "Desktop/CornerItem.h"
 #include "Platform/HardwareModel.h"
+#include "StatusItem/CornerItem.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "Desktop/Canvas.h"
-#include "Desktop/Picture.h"
+#include "Drawing/Canvas.h"
+#include "Drawing/Picture.h"
 #include "Rendering/Palette.h"
 
 namespace {

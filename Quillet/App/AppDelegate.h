@@ -11,17 +11,17 @@
 #include <vector>
 
 #include "App/FloatingContainerView.h"
-#include "Desktop/ContextMenu.h"
-#include "Desktop/FloatingWindow.h"
-#include "Desktop/MenuItem.h"
-#include "Desktop/Popover.h"
-#include "Desktop/StatusItem.h"
-#include "Desktop/TouchBar.h"
+#include "App/TouchBar.h"
 #include "Model/AppConfig.h"
 #include "Model/DisplaySettings.h"
 #include "Model/UsageSnapshot.h"
 #include "PanelView/PanelView.h"
+#include "StatusItem/StatusItem.h"
 #include "StripView/StripView.h"
+#include "Windowing/ContextMenu.h"
+#include "Windowing/FloatingWindow.h"
+#include "Windowing/MenuItem.h"
+#include "Windowing/Popover.h"
 
 /// The running application: the latest snapshots and every surface that shows them. For the main
 /// thread, which it never keeps waiting: collections run in the background and come back as

@@ -2,11 +2,11 @@
 #include <algorithm>
 
 #include "App/AppDelegate.h"
+#include "App/PointText.h"
 #include "CLI/CLI.h"
-#include "Desktop/PointText.h"
-#include "Desktop/Screens.h"
 #include "Platform/UserDefaults.h"
 #include "Rendering/StatusSummary.h"
+#include "Windowing/Screens.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include <malloc.h>
 #include <sys/signalfd.h>
 
+#include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
@@ -12,7 +13,7 @@
 #include <cstdlib>
 
 #include "App/AppDelegate.h"
-#include "App/GUIApplication.h"
+#include "Windowing/X11.h"
 
 namespace {
 
@@ -57,6 +58,19 @@ int openSignals() {
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
     return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
 }
+
+/// Qt closes every popup when the program loses the focus. On X11 it learns of that late, so a
+/// popup that was opened just after another one closed would vanish.
+class GUIApplication : public QApplication {
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject* receiver, QEvent* event) override {
+        const bool closesPopup =
+            event->type() == QEvent::ApplicationDeactivate && activePopupWidget();
+        return (closesPopup && X11::connection()) || QApplication::notify(receiver, event);
+    }
+};
 
 /// The session's door to the running application, for a second start to knock at.
 class Door : public QDBusVirtualObject {

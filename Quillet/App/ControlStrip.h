@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Desktop/TouchBar.h"
+#include "App/TouchBar.h"
 
 /// The way into the system's control strip. Every operation is private to the system and looked up
 /// by name at each use; one that is missing does nothing.

@@ -2,7 +2,7 @@
 
 #include <QPainter>
 
-#include "Desktop/Canvas.h"
+#include "Drawing/Canvas.h"
 
 namespace {
 

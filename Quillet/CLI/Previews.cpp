@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "CLI/Previews.h"
-#include "Desktop/Picture.h"
+#include "Drawing/Picture.h"
 #include "PanelView/PanelView.h"
 #include "Platform/WholeFile.h"
 #include "Rendering/ProviderChip.h"
@@ -56,7 +56,9 @@ void CLI::panel(const std::string& outPath) {
         entries.push_back({provider, snapshot});
     PanelView panel;
     panel.update(std::move(entries));
-    writePNG(Picture::of(panel, scale), outPath);
+    QImage image = Picture::blank({double(panel.width()), double(panel.height())}, scale);
+    panel.render(&image);
+    writePNG(image, outPath);
 }
 
 void CLI::menubar(const std::string& outPath) {

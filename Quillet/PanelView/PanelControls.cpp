@@ -1,6 +1,6 @@
 #include <QCoreApplication>
 
-#include "Desktop/FlatButton.h"
+#include "PanelView/FlatButton.h"
 #include "PanelView/PanelView.h"
 #include "Rendering/Palette.h"
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "Desktop/Canvas.h"
+#include "Drawing/Canvas.h"
 #include "Model/DisplaySettings.h"
 #include "Model/UsageSnapshot.h"
 

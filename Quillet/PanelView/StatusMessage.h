@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "Desktop/Color.h"
+#include "Drawing/Color.h"
 #include "Model/UsageSnapshot.h"
 
 /// What the panel's row says in the gauges' place while there are no percentages.

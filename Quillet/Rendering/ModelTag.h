@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "Desktop/Canvas.h"
+#include "Drawing/Canvas.h"
 #include "Model/UsageSnapshot.h"
 
 /// Everything by which the tags of two surfaces differ; lengths in points.

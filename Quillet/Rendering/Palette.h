@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "Desktop/Color.h"
+#include "Drawing/Color.h"
 #include "Model/UsageSnapshot.h"
 
 /// The texts and colours by which every surface tells providers and levels apart.

@@ -1,6 +1,6 @@
 #include "Rendering/ProviderChip.h"
 
-#include "Desktop/Picture.h"
+#include "Drawing/Picture.h"
 #include "Rendering/Palette.h"
 
 namespace {

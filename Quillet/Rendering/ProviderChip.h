@@ -2,7 +2,7 @@
 
 #include <QImage>
 
-#include "Desktop/Canvas.h"
+#include "Drawing/Canvas.h"
 #include "Model/Provider.h"
 
 /// A provider's badge: its initials on a rounded square of its accent colour.

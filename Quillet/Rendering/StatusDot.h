@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Desktop/Canvas.h"
+#include "Drawing/Canvas.h"
 
 /// The small glowing light beside a provider's name.
 namespace StatusDot {

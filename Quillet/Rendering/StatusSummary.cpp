@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Desktop/Picture.h"
+#include "Drawing/Picture.h"
 #include "Rendering/Palette.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Desktop/Canvas.h"
+#include "Drawing/Canvas.h"
 #include "Model/UsageSnapshot.h"
 
 /// The small pictures that stand for all providers at once: the status item's, wide and square, and

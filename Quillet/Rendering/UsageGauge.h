@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "Desktop/Canvas.h"
+#include "Drawing/Canvas.h"
 #include "Platform/Clock.h"
 
 /// Everything by which the gauges of two surfaces differ; lengths in points.

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "Desktop/Canvas.h"
+#include "Drawing/Canvas.h"
 #include "Model/UsageSnapshot.h"
 
 /// A horizontal strip with one segment per provider. It paints no background: the host supplies a

@@ -10,7 +10,7 @@
 #include <QThread>
 #include <filesystem>
 
-#include "Desktop/PointText.h"
+#include "App/PointText.h"
 #include "Platform/HardwareModel.h"
 #include "Platform/UserDefaults.h"
 #include "Support/HTTP.h"

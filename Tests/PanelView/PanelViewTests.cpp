@@ -6,7 +6,7 @@
 #include <QTimer>
 #include <ctime>
 
-#include "Desktop/FlatButton.h"
+#include "PanelView/FlatButton.h"
 #include "PanelView/StatusMessage.h"
 #include "Tests/Support/Drawing.h"
 #include "Tests/Support/Fixture.h"
@@ -53,11 +53,11 @@ TEST(PanelView, DrawsARowForEachEntry) {
         ASSERT_EQ(panel.size(), QSize(picture["size"][0], picture["size"][1]));
         for (auto* button : buttonsOf(panel))
             button->setVisible(button->look().background.alpha > 0);
-        expectPicture(Picture::of(panel, 2), picture["drawn"]);
+        expectPicture(rendered(panel), picture["drawn"]);
     }
     expectHostileValuesDrawnAtOnce([&](const UsageSnapshot& snapshot) {
         panel.update({{snapshot.provider, snapshot}});
-        Picture::of(panel, 2);
+        rendered(panel);
     });
 }
 
@@ -133,12 +133,12 @@ TEST(PanelView, TheKeyboardGoesThroughTheControlsInReadingOrder) {
     buttons[0]->setFocus();
     for (auto* button : buttons) {
         ASSERT_TRUE(button->hasFocus()) << button->look().title << " is not next";
-        const QImage focused = Picture::of(*button, 2);
+        const QImage focused = rendered(*button);
         EXPECT_FALSE(
             QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name).isEmpty())
             << button->look().title;
         press(QApplication::focusWidget(), Qt::Key_Tab);
-        EXPECT_NE(Picture::of(*button, 2), focused) << "the focus does not show";
+        EXPECT_NE(rendered(*button), focused) << "the focus does not show";
     }
     QTimer::singleShot(0, panel.quitButton, &FlatButton::click);
     QTimer::singleShot(5000, [] { QCoreApplication::exit(1); });

@@ -1,31 +1,12 @@
 #include <gtest/gtest.h>
 #include <pwd.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstdint>
-#include <cstring>
 #include <fstream>
 
 #include "Platform/Clock.h"
 #include "Platform/HardwareModel.h"
 #include "Platform/HomeDirectory.h"
-#include "Platform/ResidentSet.h"
-
-namespace {
-
-/// KiB of files, the program's and its libraries' among them, that the process has in memory.
-long residentFiles() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with("RssFile:")) return std::stol(line.substr(8));
-    return 0;
-}
-
-/// There to be overwritten.
-[[gnu::noinline]] void neverCalled() {}
-
-}  // namespace
 
 TEST(HomeDirectory, ARelativeOrEmptyHomeIsReplacedByThePasswordDatabase) {
     const passwd* user = getpwuid(getuid());
@@ -55,24 +36,6 @@ TEST(Clock, ADayStartsAtItsFirstMomentAlsoWhereMidnightIsSkippedOrRepeated) {
         EXPECT_EQ(Clock::startOfDay(instant), start)
             << zone << ", " << instant - start << " s into the day";
     }
-}
-
-TEST(ResidentSet, IsLessOnceTrimmed) {
-    const long before = residentFiles();
-    ResidentSet::trim();
-    EXPECT_LT(residentFiles(), before * 2 / 3);
-}
-
-TEST(ResidentSet, KeepsCodeThatWasChanged) {
-    auto* code = reinterpret_cast<char*>(&neverCalled);
-    const long size = sysconf(_SC_PAGESIZE);
-    char* page = code - reinterpret_cast<std::uintptr_t>(code) % size;
-    ASSERT_EQ(mprotect(page, size, PROT_READ | PROT_WRITE | PROT_EXEC), 0);
-    constexpr char breakpoint = '\xCC';
-    std::memset(code, breakpoint, 1);
-    ASSERT_EQ(mprotect(page, size, PROT_READ | PROT_EXEC), 0);
-    ResidentSet::trim();
-    EXPECT_EQ(*const_cast<volatile char*>(code), breakpoint);
 }
 
 TEST(HardwareModel, IsReadFromTheKernelsFiles) {

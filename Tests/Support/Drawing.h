@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QWidget>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
-#include "Desktop/Picture.h"
+#include "Drawing/Picture.h"
 #include "Model/UsageSnapshot.h"
 
 // Pictures as Tests/fixtures/pictures tells them, one shape or text per row. A text is [text, size,
@@ -13,6 +14,13 @@
 // widths of texts.
 
 using nlohmann::json;
+
+/// The widget with its children, at 2 pixels per point.
+inline QImage rendered(QWidget& widget) {
+    QImage image = Picture::blank({double(widget.width()), double(widget.height())}, 2);
+    widget.render(&image);
+    return image;
+}
 
 inline Color colorOf(const json& row) {
     if (row.is_number()) return Color::white(row);

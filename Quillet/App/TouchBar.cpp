@@ -1,0 +1,6 @@
+#include "App/TouchBar.h"
+
+TouchBarOperations& TouchBarOperations::shared() {
+    static TouchBarOperations operations;
+    return operations;
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QImage>
+#include <vector>
+
+#include "Drawing/Color.h"
+#include "Drawing/Geometry.h"
+#include "Drawing/Glow.h"
+#include "Drawing/TextLine.h"
+
+class QPainter;
+class QRectF;
+
+/// The drawing words of every view, in points with the origin at the bottom-left. The one place
+/// that knows the painter.
+class Canvas {
+public:
+    /// Draws upwards from `height` points below the painter's origin, until the canvas's life ends.
+    Canvas(QPainter& painter, double height);
+    ~Canvas();
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    void fill(Rect rect, Color color);
+    void fillRounded(Rect rect, double radius, Color color);
+    void strokeRounded(Rect rect, double radius, Color color, double lineWidth);
+    void fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line,
+                              double lineWidth);
+    void fillEllipse(Rect rect, Color color);
+    void fillRoundedGradient(Rect rect, double radius, Color left, Color right);
+    void fillVerticalGradient(Rect rect,
+                              const std::vector<Color>& upwards);  ///< Evenly spaced colours.
+
+    /// The light of an opaque rounded rectangle, to be drawn before the shape.
+    void glowRounded(Rect rect, double radius, const Glow& glow);
+
+    /// With the bottom-left corner of the text's line box at `origin`.
+    void draw(const TextLine& text, Point origin, Color color);
+    void drawCentred(const TextLine& text, Point center,
+                     Color color);  ///< With the line box centred.
+    void drawClipped(const TextLine& text, Point origin, Color color, Rect clip, double clipRadius);
+
+    void draw(const QImage& image, Rect rect, double opacity = 1);
+
+private:
+    QRectF toolkitRect(Rect rect) const;
+
+    QPainter& painter;
+    const double height;
+};

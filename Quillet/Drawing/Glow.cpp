@@ -1,0 +1,189 @@
+// Along the straight middle of a long bar every column of its blur is the same. So a glow is
+// blurred on a short tile, whose middle column is stretched, and costs the same whatever the bar's
+// length.
+#include "Drawing/Glow.h"
+
+#include <QImage>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <vector>
+
+#include "Drawing/Cache.h"
+
+namespace {
+
+// Everything here is in device pixels.
+
+std::vector<float> gaussianKernel(double deviation) {
+    const int reach = static_cast<int>(std::ceil(3 * deviation));
+    std::vector<float> kernel;
+    for (int i = -reach; i <= reach; ++i)
+        kernel.push_back(static_cast<float>(std::exp(-i * i / (2 * deviation * deviation))));
+    const float sum = std::accumulate(kernel.begin(), kernel.end(), 0.0F);
+    for (float& weight : kernel)
+        weight /= sum;
+    return kernel;
+}
+
+/// A plane of alpha values, 0 to 1.
+struct Plane {
+    int width;
+    int height;
+    std::vector<float> alpha = std::vector<float>(std::size_t(width) * std::size_t(height));
+
+    float* row(int y) { return alpha.data() + std::ptrdiff_t(y) * width; }
+    const float* row(int y) const { return alpha.data() + std::ptrdiff_t(y) * width; }
+};
+
+/// The rows of a plane that are not empty: those of the shape, which are few beside its light's.
+struct Rows {
+    int first;
+    int end;
+};
+
+// Both blurs add one weight at a time over whole rows, which the compiler turns into vector
+// instructions.
+
+Plane blurredRows(const Plane& source, const std::vector<float>& kernel, Rows lit) {
+    const int reach = static_cast<int>(kernel.size() / 2);
+    Plane result{source.width, source.height};
+    for (int y = lit.first; y < lit.end; ++y) {
+        float* row = result.row(y);
+        const float* other = source.row(y);
+        for (int shift = -reach; shift <= reach; ++shift) {
+            const float weight = kernel.data()[shift + reach];
+            const int last = std::min(source.width, source.width - shift);
+            for (int x = std::max(0, -shift); x < last; ++x)
+                row[x] += weight * other[x + shift];
+        }
+    }
+    return result;
+}
+
+Plane blurredColumns(const Plane& source, const std::vector<float>& kernel, Rows lit) {
+    const int reach = static_cast<int>(kernel.size() / 2);
+    Plane result{source.width, source.height};
+    for (int y = 0; y < source.height; ++y) {
+        float* row = result.row(y);
+        const int last = std::min(lit.end, y + reach + 1);
+        for (int from = std::max(lit.first, y - reach); from < last; ++from) {
+            const float weight = kernel.data()[from - y + reach];
+            const float* other = source.row(from);
+            for (int x = 0; x < source.width; ++x)
+                row[x] += weight * other[x];
+        }
+    }
+    return result;
+}
+
+Plane alphaOfShape(const QRectF& shape, double cornerRadius, QSize size) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::black);
+    painter.drawRoundedRect(shape, cornerRadius, cornerRadius);
+    painter.end();
+
+    Plane plane{size.width(), size.height()};
+    for (int y = 0; y < size.height(); ++y) {
+        const auto* pixels = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        std::transform(pixels, pixels + size.width(), plane.row(y),
+                       [](QRgb pixel) { return static_cast<float>(qAlpha(pixel)) / 255; });
+    }
+    return plane;
+}
+
+QImage colored(Plane plane, const Color& color) {
+    QImage image(plane.width, plane.height, QImage::Format_ARGB32_Premultiplied);
+    const QRgb base =
+        QColor::fromRgbF(float(color.red), float(color.green), float(color.blue)).rgb() & RGB_MASK;
+    const float full = static_cast<float>(color.alpha * 255);
+    for (int y = 0; y < plane.height; ++y) {
+        auto* pixels = reinterpret_cast<QRgb*>(image.scanLine(y));
+        std::transform(plane.row(y), plane.row(y) + plane.width, pixels, [&](float alpha) {
+            return qPremultiply(base | static_cast<QRgb>(qRound(alpha * full)) << 24);
+        });
+    }
+    return image;
+}
+
+/// All that a tile's pixels depend on.
+struct Tile {
+    int width;
+    int height;
+    double x, y, shapeWidth, shapeHeight;  // of the shape in it
+    double cornerRadius;
+    double deviation;
+    int reach;  // of the blur
+    double red, green, blue, alpha;
+
+    bool operator==(const Tile&) const = default;
+};
+
+std::size_t qHash(const Tile& tile, std::size_t seed) {
+    return qHashMulti(seed, tile.width, tile.height, tile.x, tile.y, tile.shapeWidth,
+                      tile.shapeHeight, tile.cornerRadius, tile.deviation, tile.red, tile.green,
+                      tile.blue, tile.alpha);
+}
+
+QImage blurred(const Tile& tile) {
+    const QRectF shape(tile.x, tile.y, tile.shapeWidth, tile.shapeHeight);
+    const Plane alpha = alphaOfShape(shape, tile.cornerRadius, {tile.width, tile.height});
+    const auto kernel = gaussianKernel(tile.deviation);
+    const Rows lit{tile.reach, tile.height - tile.reach};
+    const Color color{tile.red, tile.green, tile.blue, tile.alpha};
+    return colored(blurredColumns(blurredRows(alpha, kernel, lit), kernel, lit), color);
+}
+
+/// With its edges at quarters of a pixel: no blur shows the difference, and refreshes share more
+/// tiles.
+QRectF atQuarters(const QRectF& rect) {
+    const auto nearest = [](double edge) { return std::round(edge * 4) / 4; };
+    return {QPointF(nearest(rect.left()), nearest(rect.top())),
+            QPointF(nearest(rect.right()), nearest(rect.bottom()))};
+}
+
+QImage imageOf(const Tile& tile) {
+    constexpr int mostBytes = 512 * 1024;
+    static QCache<Tile, QImage> cache(mostBytes);
+    return Cache::findOrMake(
+        cache, tile, [&] { return blurred(tile); },
+        [](const QImage& image) { return image.sizeInBytes(); });
+}
+
+}  // namespace
+
+void Glow::paint(QPainter& painter, const QRectF& shape, double cornerRadius) const {
+    const QTransform toDevice = painter.deviceTransform();
+    const double scale = toDevice.m11();
+    const double deviation = blurRadius / 2 * scale;
+    const QRectF device = atQuarters(toDevice.mapRect(shape));
+    if (!(deviation > 0) || device.isEmpty()) return;
+
+    const int reach = static_cast<int>(std::ceil(3 * deviation));
+    const QRect box = device.toAlignedRect().adjusted(-reach, -reach, reach, reach);
+    // What is left of the middle must be wide enough for its centre column to see no corner.
+    const int cap = 2 * reach + static_cast<int>(std::ceil(cornerRadius * scale)) + 1;
+    const int removed = std::max(0, box.width() - 2 * cap - 1);
+    const QRectF inTile = device.translated(-box.topLeft()).adjusted(0, 0, -removed, 0);
+    const QImage tile = imageOf({box.width() - removed, box.height(), inTile.x(), inTile.y(),
+                                 inTile.width(), inTile.height(), cornerRadius * scale, deviation,
+                                 reach, color.red, color.green, color.blue, color.alpha});
+
+    const QTransform fromDevice = toDevice.inverted();
+    const auto put = [&](int x, int width, int tileX, int tileWidth) {
+        const QRectF target = fromDevice.mapRect(QRectF(box.x() + x, box.y(), width, box.height()));
+        painter.drawImage(target, tile, QRectF(tileX, 0, tileWidth, box.height()));
+    };
+    if (removed == 0) {
+        put(0, box.width(), 0, box.width());
+        return;
+    }
+    put(0, cap, 0, cap);
+    put(cap, removed + 1, cap, 1);
+    put(cap + removed + 1, cap, cap + 1, cap);
+}

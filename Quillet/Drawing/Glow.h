@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QRectF>
+
+#include "Drawing/Color.h"
+
+class QPainter;
+
+/// A soft light around a shape: the Gaussian blur of the shape's own alpha in one colour.
+struct Glow {
+    Color color;
+    double blurRadius = 0;  ///< Points, as a shadow's blur radius: twice the standard deviation.
+
+    /// Paints the light of an opaque rounded rectangle in the painter's coordinates, but not the
+    /// shape itself.
+    void paint(QPainter& painter, const QRectF& shape, double cornerRadius) const;
+};

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Drawing/Geometry.h"
+
+class QPainter;
+class QTextLayout;
+
+enum class FontWeight { regular = 400, medium = 500, semibold = 600, bold = 700, heavy = 800 };
+
+struct TextStyle {
+    double size = 0;  ///< Points.
+    FontWeight weight = FontWeight::regular;
+    double kern = 0;             ///< Points of extra space after each character.
+    bool tabularDigits = false;  ///< Digits of equal width.
+};
+
+/// One line of text, laid out once: what is measured is what is drawn, the same on every machine
+/// and screen. Line breaks and other control characters take the place of a space. Needs the
+/// application object.
+class TextLine {
+public:
+    /// Characters that are shown of a text: more fit no screen, and laying out a log's worth of
+    /// them takes seconds.
+    static constexpr int longest = 1000;
+
+    TextLine(const std::string& text, const TextStyle& style);
+
+    double width() const;   ///< Points.
+    double height() const;  ///< Points, of the line box: ascent and descent.
+
+    void draw(QPainter& painter, double x,
+              double top) const;  ///< In the painter's coordinates and pen.
+
+private:
+    std::shared_ptr<const QTextLayout> layout;
+};

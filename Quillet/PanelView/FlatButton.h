@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QPushButton>
+#include <string>
+
+#include "Drawing/Canvas.h"
+
+/// A push button without a frame that shows only its title, and while the keyboard is on it a focus
+/// ring.
+class FlatButton : public QPushButton {
+public:
+    struct Look {
+        std::string title;
+        TextStyle font;
+        Color color;
+        Color background = Color::black(0);
+        double cornerRadius = 6;
+    };
+
+    explicit FlatButton(QWidget* parent);
+
+    int tag = 0;  ///< For its owner to tell buttons apart.
+
+    void setLook(Look look);
+    const Look& look() const { return current; }
+
+    QSize sizeHint() const override;  ///< Fits the title.
+
+protected:
+    void paintEvent(QPaintEvent*) override;
+    void keyPressEvent(QKeyEvent* event) override;  // Return presses it as the space bar does
+    void nextCheckState() override {
+    }  // a press asks for a change; the owner shows it once it is made
+
+private:
+    Look current;
+};

@@ -1,0 +1,86 @@
+#include "StatusItem/CornerItem.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <cmath>
+
+#include "Drawing/Canvas.h"
+#include "Windowing/Screens.h"
+#include "Windowing/X11.h"
+
+namespace {
+
+constexpr struct {
+    double height = 26;
+    double sidePadding = 6;
+    double cornerRadius = 6;
+    Color background = Color::grey(0.02, 0.94);
+} look;
+
+Size pointSize(const QImage& image) {
+    const QSizeF size = image.deviceIndependentSize();
+    return {size.width(), size.height()};
+}
+
+}  // namespace
+
+CornerItem::CornerItem(StatusItem::Activate activate)
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                           Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint),
+      onActivate(std::move(activate)) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_AlwaysShowToolTips);  // its window is never the active one
+    connect(qApp, &QGuiApplication::primaryScreenChanged, this, [this] { followPrimaryScreen(); });
+    followPrimaryScreen();
+}
+
+void CornerItem::followPrimaryScreen() {
+    disconnect(screenChange);
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen) return;
+    screenChange = connect(screen, &QScreen::availableGeometryChanged, this, [this] { place(); });
+    place();
+}
+
+void CornerItem::place() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!content.wide || !screen) return hide();
+    picture = content.wide(
+        std::ceil(screen->devicePixelRatio()));  // scaled down once, not placed between pixels
+    const int width = static_cast<int>(pointSize(picture).width + 2 * look.sidePadding);
+    const QRect available = Screens::available(screen);
+    setFixedSize(width,
+                 int(look.height));  // tiling compositors leave a window of fixed size afloat
+    move(available.x() + available.width() - width, available.y());
+    show();
+    raise();
+}
+
+void CornerItem::setContent(const StatusContent& newContent) {
+    content = newContent;
+    setToolTip(content.toolkitMarkup());
+    place();
+    update();
+}
+
+void CornerItem::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    Canvas canvas(painter, height());
+    const Rect bounds{0, 0, double(width()), double(height())};
+    canvas.fillRounded(bounds, look.cornerRadius, look.background);
+    canvas.draw(picture, Rect::centred(bounds.center(), pointSize(picture)));
+}
+
+void CornerItem::resizeEvent(QResizeEvent*) {
+    X11::cutCorners(this, look.cornerRadius);
+}
+
+void CornerItem::mouseReleaseEvent(QMouseEvent* event) {
+    if (!rect().contains(event->position().toPoint())) return;
+    if (event->button() == Qt::LeftButton) onActivate({geometry(), {}});
+    if (event->button() == Qt::RightButton)
+        menu.show(content.menu, mapToGlobal(rect().bottomLeft()));
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+#include "StatusItem/StatusItem.h"
+
+/// The toolkit's icon, for hosts that embed X windows. It shows only squares.
+class TrayIcon : public StatusItem::Form {
+public:
+    explicit TrayIcon(StatusItem::Activate onActivate);
+
+    static bool hasHost();
+
+    void setContent(const StatusContent& content) override;
+    std::optional<QRect> geometry() const override;
+
+private:
+    MenuItems items;
+    QMenu menu;
+    QSystemTrayIcon icon;
+};
