@@ -2,8 +2,6 @@
 
 #include <malloc.h>
 
-#include <QCoreApplication>
-#include <QPointer>
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
@@ -24,23 +22,22 @@ constexpr const char* touchBarModels[] = {
     "MacBookPro16,3", "MacBookPro16,4", "MacBookPro17,1",
 };
 
-constexpr int mostPasses = 8;  // at a time; one that hangs must not hold up the next
-constexpr int patience = 500;  // milliseconds that the end waits for a collection to notice
+constexpr int maxPasses = 8;          // at a time; one that hangs must not hold up the next
+constexpr int shutdownTimeout = 500;  // milliseconds
 
 }  // namespace
 
 AppDelegate::AppDelegate() {
     queue.setThreadPriority(QThread::LowPriority);
-    queue.setMaxThreadCount(mostPasses);
-    queue.setExpiryTimeout(0);  // a thread that waits for the next pass would wake up only to end
+    queue.setMaxThreadCount(maxPasses);
+    queue.setExpiryTimeout(0);  // an idle thread would wake up only to end
 }
 
 AppDelegate::~AppDelegate() {
-    stopping.request_stop();
+    isEnding = true;
     HTTP::shutDown();
-    // A file system that hangs is not worth waiting for; everything that is kept has been saved
-    // already.
-    if (!queue.waitForDone(patience)) std::_Exit(0);
+    // A file system may hang for ever. Everything that is kept has been saved already.
+    if (!queue.waitForDone(shutdownTimeout)) std::_Exit(0);
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -57,21 +54,17 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::refresh() {
-    // Where all of the passes hang, as on a file system that does, one more would only hang with
-    // them.
-    queue.tryStart([delegate = QPointer(this), providers = enabledProviders(),
-                    stop = stopping.get_token()] {
+    queue.tryStart([this, providers = enabledProviders()] {
         Snapshots results;
         for (const Provider provider : providers) {
-            if (stop.stop_requested()) return;
+            if (isEnding) return;
             results.insert_or_assign(provider, Collectors::collect(provider));
         }
-        malloc_trim(0);  // large logs and replies leave room behind that the allocator would keep
-        auto deliver = [delegate, results = std::move(results)]() mutable {
-            if (delegate) delegate->apply(std::move(results));
+        malloc_trim(0);  // the allocator would keep the room of large logs and replies
+        auto deliver = [this, results = std::move(results)]() mutable {
+            apply(std::move(results));
         };
-        QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(deliver),
-                                  Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, std::move(deliver), Qt::QueuedConnection);
     });
 }
 
@@ -87,8 +80,7 @@ void AppDelegate::apply(Snapshots results) {
     } else if (floatingWindow) {
         const QSize before = floatingWindow->frame().size();
         sizeFloatingWindow();
-        // At the top right it would else grow over the screen's edge. As it is, it stays even with
-        // its corner dragged beyond an edge.
+        // At the top right a wider bar would stand beyond the screen's edge.
         if (floatingWindow->frame().size() != before) positionFloatingWindow();
     }
     updateTrayGlyph();

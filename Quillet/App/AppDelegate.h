@@ -3,10 +3,10 @@
 #include <QObject>
 #include <QThreadPool>
 #include <QTimer>
+#include <atomic>
 #include <map>
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -23,26 +23,23 @@
 #include "Windowing/MenuItem.h"
 #include "Windowing/Popover.h"
 
-/// The running application: the latest snapshots and every surface that shows them. For the main
-/// thread, which it never keeps waiting: collections run in the background and come back as
-/// finished tables.
+/// The running application: the latest snapshots and every surface that shows them. Main thread
+/// only. Collections run in the background and deliver a finished table.
 class AppDelegate : public QObject {
 public:
     using Snapshots = std::map<Provider, UsageSnapshot>;
 
     static constexpr const char* trayIdentifier = "com.zendrik.quillet.summary";
     static constexpr const char* stripIdentifier = "com.zendrik.quillet.strip";
-    static constexpr const char* visibleProvidersKey =
-        "visibleProviders";  ///< Of the user defaults.
+    static constexpr const char* visibleProvidersKey = "visibleProviders";  ///< User default.
 
     AppDelegate();
-    ~AppDelegate() override;  ///< Ends the process itself if a collection does not notice within
-                              ///< half a second.
+    ~AppDelegate() override;  ///< Ends the process if a collection still runs after 0.5 seconds.
 
     void applicationDidFinishLaunching();
 
     /// Starts a collection of the shown providers and returns at once. Passes may overlap; the one
-    /// that ends last is shown. Does nothing while as many as may run at a time are under way.
+    /// that ends last is shown. Does nothing while the maximum of passes is running.
     void refresh();
 
     static std::vector<Provider> enabledProviders();  ///< The shown ones, in the fixed order.
@@ -52,6 +49,10 @@ public:
     void applySurfaces();
     void setSurface(DisplaySurface surface, bool on);
     void setProviderVisible(Provider provider, bool on);
+
+    void statusItemTapped(const ItemPlace& item) { togglePopover(item); }
+    void refreshTapped() { refresh(); }
+    void presentModalTapped() { presentModalStrip(); }
 
     void togglePopover(const ItemPlace& item);
     void showPopover();
@@ -100,14 +101,14 @@ private:
     StripView touchStrip;
     FloatingContainerView floatingContainer{&floatingStrip};
     ContextMenu barMenu;
-    std::unique_ptr<FloatingWindow> floatingWindow;  // from the first time on that it is shown
+    std::unique_ptr<FloatingWindow> floatingWindow;  // made when it is first shown
     std::unique_ptr<StatusItem> statusItem;          // while the menu bar is a surface
-    std::optional<TouchBar> modalTouchBar;           // from the first presentation on
+    std::optional<TouchBar> modalTouchBar;           // made when it is first presented
     std::optional<TouchBarItem> trayItem;
     bool trayInstalled = false;
     bool presentedInitialModal = false;
     DisplaySettings settings{{DisplaySurface::menuBar}};
     QTimer timer;
     QThreadPool queue;
-    std::stop_source stopping;
+    std::atomic<bool> isEnding = false;
 };

@@ -45,9 +45,9 @@ MenuItems AppDelegate::contextMenu() {
     for (const Provider provider : Provider::allCases())
         items.push_back(providerItem(provider));
     items.push_back({});
-    items.push_back(command("Refresh", 'r', [this] { refresh(); }));
+    items.push_back(command("Refresh", 'r', [this] { refreshTapped(); }));
     if (hasTouchBar && settings.surfaces.contains(DisplaySurface::touchBar)) {
-        items.push_back(command("Expand on Touch Bar", 't', [this] { presentModalStrip(); }));
+        items.push_back(command("Expand on Touch Bar", 't', [this] { presentModalTapped(); }));
     }
     items.push_back(command("Support zendrik — Donate…", {}, openDonate));
     items.push_back({});

@@ -7,6 +7,7 @@
 #include "Platform/UserDefaults.h"
 #include "Rendering/StatusSummary.h"
 #include "Windowing/Screens.h"
+#include "Windowing/WindowSystem.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ constexpr const char* originKey = "floatingBarOrigin";
 
 constexpr struct {
     double height = 38;
-    double leastStrip = 240;
+    double minWidth = 240;    // of the strip
     Rect strip{8, 4, 0, 30};  // as wide as it needs
     double right = 12;        // from the screen's edges, where no place is remembered
     double top = 6;
@@ -25,7 +26,7 @@ constexpr struct {
 void AppDelegate::setUpPanel() {
     panelView.hasTouchBar = hasPhysicalTouchBar();
     panelView.settings = settings;
-    panelView.onRefresh = [this] { refresh(); };
+    panelView.onRefresh = [this] { refreshTapped(); };
     panelView.onDonate = [this] { openDonate(); };
     panelView.onToggleSurface = [this](DisplaySurface surface, bool on) {
         setSurface(surface, on);
@@ -76,10 +77,10 @@ void AppDelegate::setSurface(DisplaySurface surface, bool on) {
 
 void AppDelegate::setUpStatusItem() {
     statusItem =
-        std::make_unique<StatusItem>([this](const ItemPlace& item) { togglePopover(item); });
-    statusItem->setOnPlaceChange([this] {
+        std::make_unique<StatusItem>([this](const ItemPlace& item) { statusItemTapped(item); });
+    statusItem->onPlaceChange = [this] {
         if (floatingWindow) positionFloatingWindow();
-    });
+    };
 }
 
 void AppDelegate::updateStatusItem() {
@@ -116,8 +117,7 @@ void AppDelegate::showPopover() {
 }
 
 void AppDelegate::showFloatingWindow() {
-    if (snapshots.empty() && FloatingWindow::isPlacedByCompositor())
-        return;  // the first ones decide its width
+    if (snapshots.empty() && WindowSystem::isWayland()) return;  // the first ones set its width
     if (!floatingWindow) {
         floatingWindow = std::make_unique<FloatingWindow>(&floatingContainer,
                                                           FloatingContainerView::cornerRadius);
@@ -131,7 +131,7 @@ void AppDelegate::showFloatingWindow() {
 }
 
 void AppDelegate::sizeFloatingWindow() {
-    const double width = std::max(floatingStrip.measuredWidth(), bar.leastStrip);
+    const double width = std::max(floatingStrip.measuredWidth(), bar.minWidth);
     const QSize size(static_cast<int>(width + 2 * bar.strip.x), static_cast<int>(bar.height));
     if (floatingWindow->frame().size() != size) floatingWindow->resizeKeepingOrigin(size);
     floatingStrip.setGeometry(static_cast<int>(bar.strip.x), static_cast<int>(bar.strip.y),
@@ -143,16 +143,15 @@ void AppDelegate::sizeFloatingWindow() {
 void AppDelegate::positionFloatingWindow() {
     const Point remembered = PointText::parse(UserDefaults::text(originKey).value_or(""));
     const bool isRemembered = remembered.x != 0 || remembered.y != 0;
-    if (isRemembered && Screens::hold(remembered)) return floatingWindow->setOrigin(remembered);
+    if (isRemembered && Screens::contain(remembered)) return floatingWindow->setOrigin(remembered);
 
-    const auto visible = Screens::visibleFrame();
-    if (!visible) return;
+    const Rect visible = Screens::fromQt(Screens::availableOnPrimary());
     const auto item = statusItem ? statusItem->geometry() : std::nullopt;
-    const double itemBottom = item ? Screens::fromToolkit(*item).y : visible->maxY();
+    const double itemBottom = item ? Screens::fromQt(*item).y : visible.maxY();
     const bool itemIsAtTop =
-        itemBottom > visible->maxY() - bar.height && itemBottom < visible->maxY();
-    const double top = itemIsAtTop ? itemBottom : visible->maxY();
-    floatingWindow->setOrigin({visible->maxX() - floatingWindow->frame().width() - bar.right,
+        itemBottom > visible.maxY() - bar.height && itemBottom < visible.maxY();
+    const double top = itemIsAtTop ? itemBottom : visible.maxY();
+    floatingWindow->setOrigin({visible.maxX() - floatingWindow->frame().width() - bar.right,
                                top - floatingWindow->frame().height() - bar.top});
 }
 

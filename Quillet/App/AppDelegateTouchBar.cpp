@@ -19,7 +19,7 @@ void AppDelegate::installTrayItem() {
 }
 
 void AppDelegate::removeTrayItem() {
-    if (!trayInstalled || !trayItem) return;
+    if (!trayInstalled) return;
     if (modalTouchBar) ControlStrip::dismissModal(*modalTouchBar);
     ControlStrip::remove(*trayItem);
     trayInstalled = false;
@@ -27,7 +27,7 @@ void AppDelegate::removeTrayItem() {
 }
 
 void AppDelegate::updateTrayGlyph() {
-    if (!trayInstalled || !trayItem || !trayItem->button) return;
+    if (!trayInstalled) return;
     trayItem->button->image = StatusSummary::controlStripGlyph(snapshots, glyphScale);
 }
 

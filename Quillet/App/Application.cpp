@@ -4,48 +4,34 @@
 #include <sys/signalfd.h>
 
 #include <QApplication>
+#include <QDBusAbstractAdaptor>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusVirtualObject>
 #include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
 #include "App/AppDelegate.h"
-#include "Windowing/X11.h"
+#include "Windowing/WindowSystem.h"
 
 namespace {
 
-constexpr const char* applicationID =
-    "com.zendrik.Quillet";  // also the desktop entry's and the icon's name
+constexpr const char* applicationID = "com.zendrik.Quillet";  // also the desktop entry's name
 constexpr const char* objectPath = "/com/zendrik/Quillet";
-constexpr const char* showPanel = "ShowPanel";
-constexpr int patience = 3000;  // milliseconds for the application that runs already to answer
+constexpr int answerTimeout = 3000;  // milliseconds for the application that runs already
 constexpr const char* noDisplay = "quillet: there is no display to run on\n";
 
-bool isSet(const char* variable) {
-    return !qEnvironmentVariableIsEmpty(variable);
-}
-
-/// On Wayland a program can't place its windows, keep them above others or on every workspace.
-/// Through Xwayland it can, where there is one.
-void choosePlatform() {
-    if (isSet("WAYLAND_DISPLAY") && isSet("DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "xcb;wayland");
-    }
-}
-
-/// The toolkit would abort, and leave a core file, where no display answers. Its other messages are
-/// nobody's concern.
+/// Qt would abort, and leave a core file, where no display answers. Its other messages tell the
+/// user nothing.
 void handleMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
     if (type != QtFatalMsg) return;
     std::fputs(noDisplay, stderr);
     std::_Exit(EXIT_SUCCESS);
 }
 
-/// Makes the signals that ask a program to end readable, for the event loop to notice. Made before
-/// any other thread, so that none of them is interrupted instead.
+/// A descriptor on which the event loop reads the signals that ask a program to end. Blocked before
+/// there are other threads, which inherit that.
 int openSignals() {
     sigset_t ending;
     sigemptyset(&ending);
@@ -53,8 +39,7 @@ int openSignals() {
         sigaddset(&ending, number);
     struct sigaction inherited {};
     sigaction(SIGHUP, nullptr, &inherited);
-    if (inherited.sa_handler != SIG_IGN)
-        sigaddset(&ending, SIGHUP);  // ignored: started to outlive its terminal
+    if (inherited.sa_handler != SIG_IGN) sigaddset(&ending, SIGHUP);  // nohup ignores it
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
     return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
 }
@@ -68,37 +53,33 @@ public:
     bool notify(QObject* receiver, QEvent* event) override {
         const bool closesPopup =
             event->type() == QEvent::ApplicationDeactivate && activePopupWidget();
-        return (closesPopup && X11::connection()) || QApplication::notify(receiver, event);
+        return (closesPopup && WindowSystem::isX11()) || QApplication::notify(receiver, event);
     }
 };
 
-/// The session's door to the running application, for a second start to knock at.
-class Door : public QDBusVirtualObject {
+/// What a second start calls.
+class ApplicationAdaptor : public QDBusAbstractAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.zendrik.Quillet")
+
 public:
-    explicit Door(AppDelegate& delegate) : delegate(delegate) {}
+    explicit ApplicationAdaptor(AppDelegate* shown)
+        : QDBusAbstractAdaptor(shown), delegate(shown) {}
 
-    QString introspect(const QString&) const override {
-        return QStringLiteral("<interface name=\"%1\"><method name=\"%2\"/></interface>")
-            .arg(applicationID, showPanel);
-    }
-
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        if (message.member() != QLatin1String(showPanel)) return false;
-        delegate.showPopover();
-        return connection.send(message.createReply());
-    }
+public slots:
+    void ShowPanel() { delegate->showPopover(); }
 
 private:
-    AppDelegate& delegate;
+    AppDelegate* const delegate;
 };
 
 /// Whether the session has an application already, which then shows its panel.
 bool isRunningElsewhere() {
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected() || bus.registerService(applicationID)) return false;
-    const auto knock =
-        QDBusMessage::createMethodCall(applicationID, objectPath, applicationID, showPanel);
-    if (bus.call(knock, QDBus::Block, patience).type() != QDBusMessage::ReplyMessage)
+    const auto call =
+        QDBusMessage::createMethodCall(applicationID, objectPath, applicationID, "ShowPanel");
+    if (bus.call(call, QDBus::Block, answerTimeout).type() != QDBusMessage::ReplyMessage)
         std::fputs("quillet: it runs already, but does not answer\n", stderr);
     return true;
 }
@@ -106,15 +87,13 @@ bool isRunningElsewhere() {
 }  // namespace
 
 void Application::run() {
-    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
+    if (!WindowSystem::choose()) {
         std::fputs(noDisplay, stderr);
         return;
     }
     const int signalDescriptor = openSignals();
-    mallopt(M_ARENA_MAX, 2);  // each pass is a thread, which would get a heap of its own
-    mallopt(M_MMAP_THRESHOLD,
-            128 * 1024);  // the allocator's own start, which it would raise with each picture
-    choosePlatform();
+    mallopt(M_ARENA_MAX, 2);                // each pass is a thread, which would get its own heap
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);  // the default, which pictures would raise for good
     qInstallMessageHandler(handleMessage);
 
     int count = 1;
@@ -129,10 +108,12 @@ void Application::run() {
                      &QCoreApplication::quit);
 
     AppDelegate delegate;
-    Door door(delegate);
-    QDBusConnection::sessionBus().registerVirtualObject(objectPath,
-                                                        &door);  // before its name can be found
+    new ApplicationAdaptor(&delegate);
+    // Registered before its name can be found.
+    QDBusConnection::sessionBus().registerObject(objectPath, &delegate);
     if (isRunningElsewhere()) return;
     delegate.applicationDidFinishLaunching();
     QApplication::exec();
 }
+
+#include "Application.moc"

@@ -1,48 +1,27 @@
 #include "App/PointText.h"
 
-#include <array>
-#include <charconv>
+#include <QLocale>
+#include <QStringList>
 #include <cmath>
-#include <optional>
 
 namespace {
 
-std::string decimal(double value) {
-    std::array<char, 400> digits{};  // the longest plain double has about 330
-    const auto end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed)
-            .ptr;
-    return {digits.data(), end};
-}
-
-bool skip(std::string_view& text, char expected) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-    if (!text.starts_with(expected)) return false;
-    text.remove_prefix(1);
-    return true;
-}
-
-std::optional<double> number(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || !std::isfinite(value)) return std::nullopt;
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    return value;
+QString decimal(double value) {
+    return QString::number(value, 'f', QLocale::FloatingPointShortest);
 }
 
 }  // namespace
 
 std::string PointText::format(Point point) {
-    std::string text = "{";
-    return text.append(decimal(point.x)).append(", ").append(decimal(point.y)).append("}");
+    return QStringLiteral("{%1, %2}").arg(decimal(point.x), decimal(point.y)).toStdString();
 }
 
-Point PointText::parse(std::string_view text) {
-    if (!skip(text, '{')) return {};
-    const auto x = number(text);
-    if (!x || !skip(text, ',')) return {};
-    const auto y = number(text);
-    if (!y || !skip(text, '}')) return {};
-    return {*x, *y};
+Point PointText::parse(const std::string& string) {
+    const QString text = QString::fromStdString(string).trimmed();
+    const QStringList numbers = text.mid(1).chopped(text.size() > 1 ? 1 : 0).split(u',');
+    if (!text.startsWith(u'{') || !text.endsWith(u'}') || numbers.size() != 2) return {};
+    bool hasX = false, hasY = false;
+    const Point point{numbers[0].toDouble(&hasX), numbers[1].toDouble(&hasY)};
+    const bool isPoint = hasX && hasY && std::isfinite(point.x) && std::isfinite(point.y);
+    return isPoint ? point : Point();
 }

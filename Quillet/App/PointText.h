@@ -1,16 +1,15 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "Drawing/Geometry.h"
 
-/// A point as text, such as "{1480, 1012}": plain decimal notation, whatever the locale.
+/// A point as a string such as "{1480, 1012}": plain decimal notation, whatever the locale.
 namespace PointText {
 
 std::string format(Point point);
 
-/// Text that doesn't parse gives 0, 0.
-Point parse(std::string_view text);
+/// 0, 0 for a string that doesn't parse.
+Point parse(const std::string& string);
 
 }  // namespace PointText

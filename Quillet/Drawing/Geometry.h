@@ -31,4 +31,9 @@ struct Rect {
     constexpr Point center() const { return {midX(), midY()}; }
     constexpr double maxX() const { return x + width; }
     constexpr double maxY() const { return y + height; }
+
+    /// Edges at x and y are inside, the opposite ones outside.
+    constexpr bool contains(Point point) const {
+        return point.x >= x && point.x < maxX() && point.y >= y && point.y < maxY();
+    }
 };

@@ -10,7 +10,7 @@
 namespace {
 
 QString singleLine(const std::string& text) {
-    QString line = QString::fromStdString(text).left(TextLine::longest);
+    QString line = QString::fromStdString(text).left(TextLine::maxLength);
     for (QChar& c : line) {
         if (c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
             c == QChar::ParagraphSeparator) {

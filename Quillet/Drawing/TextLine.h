@@ -24,7 +24,7 @@ class TextLine {
 public:
     /// Characters that are shown of a text: more fit no screen, and laying out a log's worth of
     /// them takes seconds.
-    static constexpr int longest = 1000;
+    static constexpr int maxLength = 1000;
 
     TextLine(const std::string& text, const TextStyle& style);
 

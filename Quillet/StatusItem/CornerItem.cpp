@@ -1,14 +1,12 @@
 #include "StatusItem/CornerItem.h"
 
-#include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QScreen>
 #include <cmath>
 
 #include "Drawing/Canvas.h"
 #include "Windowing/Screens.h"
-#include "Windowing/X11.h"
+#include "Windowing/WindowSystem.h"
 
 namespace {
 
@@ -26,34 +24,22 @@ Size pointSize(const QImage& image) {
 
 }  // namespace
 
-CornerItem::CornerItem(StatusItem::Activate activate)
+CornerItem::CornerItem(Activate activate)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                            Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint),
       onActivate(std::move(activate)) {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_AlwaysShowToolTips);  // its window is never the active one
-    connect(qApp, &QGuiApplication::primaryScreenChanged, this, [this] { followPrimaryScreen(); });
-    followPrimaryScreen();
-}
-
-void CornerItem::followPrimaryScreen() {
-    disconnect(screenChange);
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    if (!screen) return;
-    screenChange = connect(screen, &QScreen::availableGeometryChanged, this, [this] { place(); });
-    place();
+    Screens::onChange(this, [this] { place(); });
 }
 
 void CornerItem::place() {
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    if (!content.wide || !screen) return hide();
-    picture = content.wide(
-        std::ceil(screen->devicePixelRatio()));  // scaled down once, not placed between pixels
+    picture = content.wide(std::ceil(devicePixelRatio()));  // scaled down once, never up
     const int width = static_cast<int>(pointSize(picture).width + 2 * look.sidePadding);
-    const QRect available = Screens::available(screen);
+    const QRect available = Screens::availableOnPrimary();
     setFixedSize(width,
-                 int(look.height));  // tiling compositors leave a window of fixed size afloat
+                 int(look.height));  // a tiling compositor leaves a window of fixed size alone
     move(available.x() + available.width() - width, available.y());
     show();
     raise();
@@ -61,7 +47,7 @@ void CornerItem::place() {
 
 void CornerItem::setContent(const StatusContent& newContent) {
     content = newContent;
-    setToolTip(content.toolkitMarkup());
+    setToolTip(content.richText());
     place();
     update();
 }
@@ -75,7 +61,7 @@ void CornerItem::paintEvent(QPaintEvent*) {
 }
 
 void CornerItem::resizeEvent(QResizeEvent*) {
-    X11::cutCorners(this, look.cornerRadius);
+    WindowSystem::cutCorners(this, look.cornerRadius);
 }
 
 void CornerItem::mouseReleaseEvent(QMouseEvent* event) {

@@ -2,14 +2,14 @@
 
 #include <QWidget>
 
-#include "StatusItem/StatusItem.h"
+#include "StatusItem/StatusForm.h"
 #include "Windowing/ContextMenu.h"
 
 /// A small window of the item's own at the top right of the primary screen, above all others and
 /// never with the focus.
-class CornerItem : public StatusItem::Form, QWidget {
+class CornerItem : public StatusForm, QWidget {
 public:
-    explicit CornerItem(StatusItem::Activate onActivate);
+    explicit CornerItem(Activate onActivate);
 
     void setContent(const StatusContent& content) override;
     std::optional<QRect> geometry() const override { return QWidget::geometry(); }
@@ -18,12 +18,10 @@ private:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void followPrimaryScreen();
     void place();
 
-    const StatusItem::Activate onActivate;
+    const Activate onActivate;
     StatusContent content;
     QImage picture;
     ContextMenu menu;
-    QMetaObject::Connection screenChange;
 };

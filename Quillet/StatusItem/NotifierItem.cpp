@@ -1,83 +1,61 @@
 #include "StatusItem/NotifierItem.h"
 
 #include <QCoreApplication>
+#include <QDBusAbstractAdaptor>
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QtEndian>
 
-#include "StatusItem/BusProperties.h"
 #include "Windowing/FloatingWindow.h"
 #include "Windowing/Screens.h"
-#include "Windowing/X11.h"
+#include "Windowing/WindowSystem.h"
 
-namespace {
-
-const QString interfaceName = QStringLiteral("org.kde.StatusNotifierItem");
-const QString itemPath = QStringLiteral("/StatusNotifierItem");
-const QString menuPath = QStringLiteral("/MenuBar");
-constexpr int cellSize = 22;  // points
-
-const char* const description = R"xml(<interface name="org.kde.StatusNotifierItem">
-<property name="Category" type="s" access="read"/>
-<property name="Id" type="s" access="read"/>
-<property name="Title" type="s" access="read"/>
-<property name="Status" type="s" access="read"/>
-<property name="WindowId" type="i" access="read"/>
-<property name="IconName" type="s" access="read"/>
-<property name="IconPixmap" type="a(iiay)" access="read"/>
-<property name="IconThemePath" type="s" access="read"/>
-<property name="OverlayIconName" type="s" access="read"/>
-<property name="AttentionIconName" type="s" access="read"/>
-<property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
-<property name="ItemIsMenu" type="b" access="read"/>
-<property name="Menu" type="o" access="read"/>
-<method name="Activate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
-<method name="SecondaryActivate"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
-<method name="Scroll"><arg type="i" direction="in"/><arg type="s" direction="in"/></method>
-<signal name="NewIcon"/>
-<signal name="NewToolTip"/>
-</interface>)xml";
-
-struct Pixmap {
+struct NotifierPixmap {
     int width = 0;
     int height = 0;
     QByteArray pixels;  ///< ARGB, most significant byte first.
 };
 
-struct ToolTip {
+struct NotifierToolTip {
+    QString iconName;
+    QList<NotifierPixmap> icon;
     QString title;
-    QString text;
+    QString markup;
 };
 
-QDBusArgument& operator<<(QDBusArgument& out, const Pixmap& pixmap) {
+QDBusArgument& operator<<(QDBusArgument& out, const NotifierPixmap& pixmap) {
     out.beginStructure();
     out << pixmap.width << pixmap.height << pixmap.pixels;
     out.endStructure();
     return out;
 }
 
-QDBusArgument& operator<<(QDBusArgument& out, const ToolTip& toolTip) {
+QDBusArgument& operator<<(QDBusArgument& out, const NotifierToolTip& toolTip) {
     out.beginStructure();
-    out << QString() << QList<Pixmap>() << toolTip.title
-        << toolTip.text;  // the first two: an icon of its own
+    out << toolTip.iconName << toolTip.icon << toolTip.title << toolTip.markup;
     out.endStructure();
     return out;
 }
 
-// Only ever sent.
-const QDBusArgument& operator>>(const QDBusArgument& in, Pixmap&) {
+// Qt DBus asks for readers too, but nobody sends such values to us.
+const QDBusArgument& operator>>(const QDBusArgument& in, NotifierPixmap&) {
     return in;
 }
-const QDBusArgument& operator>>(const QDBusArgument& in, ToolTip&) {
+const QDBusArgument& operator>>(const QDBusArgument& in, NotifierToolTip&) {
     return in;
 }
 
-Pixmap pixmap(const QImage& image) {
+namespace {
+
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
+const QString menuPath = QStringLiteral("/MenuBar");
+constexpr int cellSize = 22;  // points
+
+NotifierPixmap pixmap(const QImage& image) {
     QImage pixels = image.convertToFormat(QImage::Format_ARGB32);
-    const auto count = pixels.sizeInBytes() / 4;
-    qToBigEndian<quint32>(pixels.constBits(), count, pixels.bits());
+    qToBigEndian<quint32>(pixels.constBits(), pixels.sizeInBytes() / 4, pixels.bits());
     return {pixels.width(),
             pixels.height(),
             {reinterpret_cast<const char*>(pixels.constBits()), pixels.sizeInBytes()}};
@@ -85,27 +63,83 @@ Pixmap pixmap(const QImage& image) {
 
 QString uniqueService() {
     static int count = 0;
-    return QStringLiteral("%1-%2-%3")
-        .arg(interfaceName)
+    return QStringLiteral("org.kde.StatusNotifierItem-%1-%2")
         .arg(QCoreApplication::applicationPid())
         .arg(++count);
 }
 
 }  // namespace
 
+/// The item as the host sees it. It has no ContextMenu: a host that draws no exported menu would
+/// get one without a place.
+class NotifierAdaptor : public QDBusAbstractAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QString Category MEMBER category CONSTANT)
+    Q_PROPERTY(QString Id MEMBER id CONSTANT)
+    Q_PROPERTY(QString Title MEMBER title CONSTANT)
+    Q_PROPERTY(QString Status MEMBER status CONSTANT)
+    Q_PROPERTY(int WindowId MEMBER windowID CONSTANT)
+    Q_PROPERTY(QString IconName MEMBER none CONSTANT)
+    Q_PROPERTY(QString IconThemePath MEMBER none CONSTANT)
+    Q_PROPERTY(QString OverlayIconName MEMBER none CONSTANT)
+    Q_PROPERTY(QString AttentionIconName MEMBER none CONSTANT)
+    Q_PROPERTY(QList<NotifierPixmap> IconPixmap READ iconPixmap)
+    Q_PROPERTY(NotifierToolTip ToolTip READ toolTip)
+    Q_PROPERTY(bool ItemIsMenu MEMBER isMenu CONSTANT)
+    Q_PROPERTY(QDBusObjectPath Menu MEMBER menu CONSTANT)
+
+public:
+    explicit NotifierAdaptor(NotifierItem* shown) : QDBusAbstractAdaptor(shown), item(shown) {}
+
+    void show(const std::vector<QImage>& newImages, const QString& newMarkup) {
+        if (std::exchange(images, newImages) != newImages) emit NewIcon();
+        if (std::exchange(markup, newMarkup) != newMarkup) emit NewToolTip();
+    }
+
+public slots:
+    void Activate(int x, int y) { item->activate({x, y}); }
+    void SecondaryActivate(int x, int y) { item->activate({x, y}); }
+    void Scroll(int, const QString&) {}
+
+signals:
+    void NewIcon();
+    void NewToolTip();
+
+private:
+    QList<NotifierPixmap> iconPixmap() const {
+        QList<NotifierPixmap> pixmaps;
+        for (const QImage& image : images)
+            pixmaps << pixmap(image);
+        return pixmaps;
+    }
+    NotifierToolTip toolTip() const { return {none, {}, title, markup}; }
+
+    NotifierItem* const item;
+    std::vector<QImage> images;
+    QString markup;
+    const QString category = QStringLiteral("ApplicationStatus"), status = QStringLiteral("Active");
+    const QString id = QStringLiteral("quillet"), title = QStringLiteral("Quillet"), none;
+    const int windowID = 0;
+    const bool isMenu = false;
+    const QDBusObjectPath menu{menuPath};
+};
+
 NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host shownBy,
-                           std::function<void()> registration, StatusItem::Activate activation)
+                           std::function<void()> registration, Activate activation)
     : bus(connection),
       host(std::move(shownBy)),
       onRegistered(std::move(registration)),
       onActivate(std::move(activation)),
       service(uniqueService()),
-      menu(connection, menuPath) {
-    menu.onOpenChange = [this](bool open) { makeWay(open); };
-    qDBusRegisterMetaType<Pixmap>();
-    qDBusRegisterMetaType<QList<Pixmap>>();
-    qDBusRegisterMetaType<ToolTip>();
-    bus.registerVirtualObject(itemPath, this);
+      adaptor(new NotifierAdaptor(this)),
+      menu(new ExportedMenu(&menuObject)) {
+    menu->onOpenChange = [this](bool open) { makeWay(open); };
+    qDBusRegisterMetaType<NotifierPixmap>();
+    qDBusRegisterMetaType<QList<NotifierPixmap>>();
+    qDBusRegisterMetaType<NotifierToolTip>();
+    bus.registerObject(itemPath, this);
+    bus.registerObject(menuPath, &menuObject);
     bus.registerService(service);
 }
 
@@ -113,17 +147,14 @@ NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host
 NotifierItem::~NotifierItem() {
     makeWay(false);
     bus.unregisterService(service);
-    bus.unregisterObject(itemPath);
 }
 
 /// Registers with the first picture, since not every host asks again for one that was missing.
 void NotifierItem::setContent(const StatusContent& content) {
-    menu.setItems(content.menu);
-    const auto pictures = StatusContent::sizes(host.showsWide ? content.wide : content.square);
-    if (std::exchange(images, pictures) != pictures) announce("NewIcon");
-    const QString text = content.markup();
-    if (std::exchange(toolTip, text) != text) announce("NewToolTip");
-    if (!std::exchange(registered, true)) registerItem();
+    menu->setItems(content.menu);
+    adaptor->show(StatusContent::sizes(host.showsWide ? content.wide : content.square),
+                  content.markup());
+    if (!std::exchange(isRegistered, true)) registerItem();
 }
 
 void NotifierItem::registerItem() {
@@ -137,35 +168,10 @@ void NotifierItem::registerItem() {
     });
 }
 
-/// KWin stacks bars above the menus of Wayland panels. Where the menu will be, nobody tells.
+/// KWin stacks bars above the menus of Wayland panels, and nobody tells where the menu will be.
 void NotifierItem::makeWay(bool isMenuOpen) const {
-    const bool isCovered = isMenuOpen && Screens::areXwayland() && X11::windowManager() == "KWin";
+    const bool isCovered = isMenuOpen && WindowSystem::isXwaylandOf("KWin");
     FloatingWindow::makeWay(this, isCovered ? Screens::desktop() : QRect());
-}
-
-void NotifierItem::announce(const char* change) {
-    if (registered) bus.send(QDBusMessage::createSignal(itemPath, interfaceName, change));
-}
-
-QVariantMap NotifierItem::properties() const {
-    QList<Pixmap> pixmaps;
-    for (const QImage& image : images)
-        pixmaps << pixmap(image);
-    return {
-        {"Category", "ApplicationStatus"},
-        {"Id", "quillet"},
-        {"Title", "Quillet"},
-        {"Status", "Active"},
-        {"WindowId", 0},
-        {"IconName", ""},
-        {"IconPixmap", QVariant::fromValue(pixmaps)},
-        {"IconThemePath", ""},
-        {"OverlayIconName", ""},
-        {"AttentionIconName", ""},
-        {"ToolTip", QVariant::fromValue(ToolTip{QStringLiteral("Quillet"), toolTip})},
-        {"ItemIsMenu", false},
-        {"Menu", QVariant::fromValue(QDBusObjectPath(menuPath))},
-    };
 }
 
 void NotifierItem::activate(QPoint position) {
@@ -177,23 +183,4 @@ void NotifierItem::activate(QPoint position) {
     onActivate({place, reported});
 }
 
-bool NotifierItem::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
-    const QString member = message.member();
-    const QVariantList arguments = message.arguments();
-    if (member == "Get" || member == "GetAll") {
-        return answerProperties(message, connection, properties());
-    } else if (member == "Activate" || member == "SecondaryActivate") {
-        connection.send(message.createReply());
-        activate({arguments.value(0).toInt(), arguments.value(1).toInt()});
-    } else if (member == "Scroll") {
-        connection.send(message.createReply());
-    } else {
-        return false;  // ContextMenu too: hosts that draw no exported menu would get one without an
-                       // anchor
-    }
-    return true;
-}
-
-QString NotifierItem::introspect(const QString&) const {
-    return description;
-}
+#include "NotifierItem.moc"

@@ -1,40 +1,39 @@
 #pragma once
 
-#include <QDBusVirtualObject>
+#include <QDBusConnection>
 
 #include "StatusItem/ExportedMenu.h"
 #include "StatusItem/NotifierHost.h"
-#include "StatusItem/StatusItem.h"
+#include "StatusItem/StatusForm.h"
 
-/// An item shown by a StatusNotifier host, with its menu exported beside it. The toolkit's own
-/// offers only squares.
-class NotifierItem : public StatusItem::Form, QDBusVirtualObject {
+class NotifierAdaptor;
+
+/// An item shown by a StatusNotifier host, with its menu exported beside it. Qt's own tray icon
+/// offers such hosts only squares.
+class NotifierItem : public QObject, public StatusForm {
 public:
     /// `onRegistered` is called once the host has taken the item.
     NotifierItem(const QDBusConnection& bus, NotifierHost::Host host,
-                 std::function<void()> onRegistered, StatusItem::Activate onActivate);
+                 std::function<void()> onRegistered, Activate onActivate);
     ~NotifierItem() override;
 
     void setContent(const StatusContent& content) override;
     std::optional<QRect> geometry() const override { return place; }
 
+    void activate(QPoint position);  ///< As the host reports a click.
+
 private:
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
-    QString introspect(const QString& path) const override;
-    QVariantMap properties() const;
     void registerItem();
     void makeWay(bool isMenuOpen) const;
-    void activate(QPoint position);
-    void announce(const char* change);
 
     QDBusConnection bus;
     const NotifierHost::Host host;
     const std::function<void()> onRegistered;
-    const StatusItem::Activate onActivate;
+    const Activate onActivate;
     const QString service;
-    ExportedMenu menu;
-    std::vector<QImage> images;
-    QString toolTip;  // markup
+    NotifierAdaptor* const adaptor;
+    QObject menuObject;
+    ExportedMenu* const menu;
     std::optional<QRect> place;
-    bool registered = false;
+    bool isRegistered = false;
 };

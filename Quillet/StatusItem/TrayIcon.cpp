@@ -3,9 +3,10 @@
 #include <QIcon>
 #include <QPixmap>
 
+#include "Windowing/WindowSystem.h"
 #include "Windowing/X11.h"
 
-TrayIcon::TrayIcon(StatusItem::Activate onActivate) {
+TrayIcon::TrayIcon(Activate onActivate) {
     QObject::connect(&menu, &QMenu::aboutToShow, &menu, [this] { fillMenu(menu, items); });
     QObject::connect(
         &icon, &QSystemTrayIcon::activated, &icon,
@@ -17,9 +18,9 @@ TrayIcon::TrayIcon(StatusItem::Activate onActivate) {
     icon.setContextMenu(&menu);
 }
 
-/// The toolkit goes on believing in a tray that went while it was asked about it.
+/// Qt misses the end of a tray that went just before it was watched, so the selection is asked too.
 bool TrayIcon::hasHost() {
-    return X11::connection() && QSystemTrayIcon::isSystemTrayAvailable() &&
+    return WindowSystem::isX11() && QSystemTrayIcon::isSystemTrayAvailable() &&
            X11::isOwned("_NET_SYSTEM_TRAY_S0");
 }
 
@@ -29,7 +30,7 @@ void TrayIcon::setContent(const StatusContent& content) {
     for (const QImage& image : StatusContent::sizes(content.square))
         picture.addPixmap(QPixmap::fromImage(image));
     icon.setIcon(picture);
-    icon.setToolTip(content.toolkitMarkup());
+    icon.setToolTip(content.richText());
     icon.show();
 }
 

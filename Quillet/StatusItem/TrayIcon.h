@@ -3,12 +3,12 @@
 #include <QMenu>
 #include <QSystemTrayIcon>
 
-#include "StatusItem/StatusItem.h"
+#include "StatusItem/StatusForm.h"
 
-/// The toolkit's icon, for hosts that embed X windows. It shows only squares.
-class TrayIcon : public StatusItem::Form {
+/// Qt's icon, for hosts that embed X windows. It shows only squares.
+class TrayIcon : public StatusForm {
 public:
-    explicit TrayIcon(StatusItem::Activate onActivate);
+    explicit TrayIcon(Activate onActivate);
 
     static bool hasHost();
 

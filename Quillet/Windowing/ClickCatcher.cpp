@@ -23,7 +23,7 @@ ClickCatcher::ClickCatcher(QWidget* attended)
     covered.callOnTimeout([this] {
         const QPoint pointer = QCursor::pos();
         onCovered(pointer == knownPointer ? std::nullopt : std::optional(pointer));
-        if (!popup || !popup->isVisible()) hide();
+        if (!popup->isVisible()) hide();
     });
 }
 
@@ -55,5 +55,5 @@ bool ClickCatcher::eventFilter(QObject*, QEvent* event) {
 }
 
 void ClickCatcher::mousePressEvent(QMouseEvent*) {
-    if (popup) popup->close();
+    popup->close();
 }

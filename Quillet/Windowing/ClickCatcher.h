@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -27,7 +26,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
-    const QPointer<QWidget> popup;
+    QWidget* const popup;
     std::function<void(std::optional<QPoint>)> onCovered;
     QPoint knownPointer;  ///< Before it covered anything: perhaps of long ago.
     QTimer covered;

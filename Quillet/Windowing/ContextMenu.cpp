@@ -1,10 +1,10 @@
 #include "Windowing/ContextMenu.h"
 
-#include "Windowing/Screens.h"
+#include "Windowing/WindowSystem.h"
 
 void ContextMenu::show(const MenuItems& items, QPoint position) {
     fillMenu(menu, items);
-    if (!Screens::areXwayland()) return menu.popup(position);
+    if (!WindowSystem::isXwayland()) return menu.popup(position);
     menu.setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu, false);  // to which wlroots gives no keys
     catcher.cover([this, position](auto) { menu.popup(position); });
 }

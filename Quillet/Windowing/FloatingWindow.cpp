@@ -4,9 +4,9 @@
 #include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <QWindow>
-#include <array>
 
 #include "Windowing/Screens.h"
+#include "Windowing/WindowSystem.h"
 #include "Windowing/X11.h"
 
 namespace {
@@ -23,17 +23,7 @@ constexpr int focusDelay =
 /// every workspace and away from the focus. A Wayland compositor would not show an unmanaged one at
 /// all.
 Qt::WindowFlags windowForm() {
-    return X11::connection() ? bare | Qt::BypassWindowManagerHint : bare;
-}
-
-/// Whether the window manager has put another window on top. Without a timer: it tells in the root
-/// window's properties.
-bool isRestacking(const xcb_generic_event_t& event) {
-    static const std::array restacked{X11::atom("_NET_ACTIVE_WINDOW"),
-                                      X11::atom("_NET_CLIENT_LIST_STACKING")};
-    if ((event.response_type & 0x7f) != XCB_PROPERTY_NOTIFY) return false;
-    const xcb_atom_t changed = reinterpret_cast<const xcb_property_notify_event_t&>(event).atom;
-    return changed == restacked[0] || changed == restacked[1];
+    return WindowSystem::isX11() ? bare | Qt::BypassWindowManagerHint : bare;
 }
 
 /// What the user has open stays above.
@@ -57,18 +47,14 @@ FloatingWindow::FloatingWindow(QWidget* shown, double radius)
         setGeometry(Screens::desktop());
         setFrame(frame());
     });
-    if (X11::connection()) qApp->installNativeEventFilter(this);
+    if (WindowSystem::isX11()) qApp->installNativeEventFilter(this);
     Screens::onChange(this, [this] {
         if (onScreensChanged) onScreensChanged();
     });
 }
 
 FloatingWindow::~FloatingWindow() {
-    if (content) content->setParent(nullptr);
-}
-
-bool FloatingWindow::isPlacedByCompositor() {
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    content->setParent(nullptr);
 }
 
 bool FloatingWindow::hasTakenFocus() {
@@ -78,30 +64,30 @@ bool FloatingWindow::hasTakenFocus() {
 
 QRect FloatingWindow::frame() const {
     if (drag) return drag->frame;
-    return content ? content->geometry().translated(pos()) : geometry();
+    return content->geometry().translated(pos());
 }
 
 void FloatingWindow::setFrame(const QRect& frame) {
     const bool isShownAnew =
-        isPlacedByCompositor() && isVisible() && frame.size() != this->frame().size();
+        WindowSystem::isWayland() && isVisible() && frame.size() != this->frame().size();
     if (isShownAnew) QWidget::setVisible(false);
-    if (isPlacedByCompositor())
+    if (WindowSystem::isWayland())
         setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
     if (drag) drag->frame = frame;
     if (!drag || !drag->within) setGeometry(frame);
-    if (content) content->setGeometry(frame.translated(-pos()));
+    content->setGeometry(frame.translated(-pos()));
     if (isShownAnew) QWidget::setVisible(true);
 }
 
 Point FloatingWindow::origin() const {
-    const Rect rect = Screens::fromToolkit(frame());
+    const Rect rect = Screens::fromQt(frame());
     return {rect.x, rect.y};
 }
 
 void FloatingWindow::setOrigin(Point origin) {
     if (drag) return;
-    const Rect rect = Screens::fromToolkit(frame());
-    setFrame(Screens::toToolkit({origin.x, origin.y, rect.width, rect.height}));
+    const Rect rect = Screens::fromQt(frame());
+    setFrame(Screens::toQt({origin.x, origin.y, rect.width, rect.height}));
 }
 
 void FloatingWindow::resizeKeepingOrigin(QSize size) {
@@ -135,13 +121,14 @@ void FloatingWindow::setGivesWay(const void* whom, bool gives) {
 
 void FloatingWindow::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
-    if (isPlacedByCompositor()) {
+    if (WindowSystem::isWayland()) {
         windowHandle()
             ->startSystemMove();  // where windows don't know their place, the compositor moves them
         return;
     }
     const QRect before = frame();
-    drag = Drag{event->globalPosition() - before.topLeft(), before, false, Screens::areXwayland()};
+    drag =
+        Drag{event->globalPosition() - before.topLeft(), before, false, WindowSystem::isXwayland()};
     if (!drag->within) return;
     // A compositor takes a new place at once and a new size with the next picture: placed anew
     // before that, the small window would slip away from under the pointer.
@@ -183,11 +170,11 @@ void FloatingWindow::hideEvent(QHideEvent*) {
 }
 
 void FloatingWindow::resizeEvent(QResizeEvent*) {
-    X11::cutCorners(this, cornerRadius);
+    WindowSystem::cutCorners(this, cornerRadius);
 }
 
 bool FloatingWindow::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
-    if (!isVisible() || !isRestacking(*static_cast<xcb_generic_event_t*>(message))) return false;
+    if (!isVisible() || !X11::isRestacking(message)) return false;
     raise();
     raisePopup();
     return false;

@@ -2,7 +2,6 @@
 
 #include <QAbstractNativeEventFilter>
 #include <QElapsedTimer>
-#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -33,10 +32,6 @@ public:
     /// Bars that can't be put under what `whom` shows at `area` stay away until it calls with an
     /// empty one.
     static void makeWay(const void* whom, const QRect& area);
-
-    /// Whether windows neither know nor choose their place, and keep the size that they are first
-    /// shown with.
-    static bool isPlacedByCompositor();
 
     /// Whether a bar has the focus only because it came up just now.
     static bool hasTakenFocus();
@@ -71,7 +66,7 @@ private:
     void setFrame(const QRect& frame);
     void endDrag();
 
-    const QPointer<QWidget> content;
+    QWidget* const content;
     const double cornerRadius;
     std::optional<Drag> drag;
     QTimer placing;  ///< Anew, after the window grew.

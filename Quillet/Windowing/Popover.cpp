@@ -2,18 +2,17 @@
 
 #include <QApplication>
 #include <QKeyEvent>
-#include <string>
 
 #include "Windowing/ClickCatcher.h"
 #include "Windowing/FloatingWindow.h"
 #include "Windowing/Screens.h"
+#include "Windowing/WindowSystem.h"
 #include "Windowing/X11.h"
 
 namespace {
 
-constexpr qint64 reclickTime =
-    400;  // milliseconds between the press that closes it and the tray host's report
-constexpr int edgeReach = 48;  // a tray is never farther from its screen's edge
+constexpr qint64 reclickTime = 400;  // milliseconds; the host reports the click that closed it
+constexpr int edgeReach = 48;        // points; a tray is never farther from its screen's edge
 
 bool isNearEdge(QPoint point) {
     const QRect area = Screens::available(point);
@@ -27,8 +26,7 @@ QRect topRight(const QRect& area) {
 }  // namespace
 
 Popover::Popover(QWidget* shown) : view(shown), catcher(std::make_unique<ClickCatcher>(this)) {
-    setFocusPolicy(Qt::ClickFocus);  // holds the focus until the keyboard is used, so that no
-                                     // button looks chosen
+    setFocusPolicy(Qt::ClickFocus);  // no button has the focus until the keyboard is used
     view->setParent(this);
     view->move(0, 0);
     view->show();
@@ -38,7 +36,7 @@ Popover::Popover(QWidget* shown) : view(shown), catcher(std::make_unique<ClickCa
 }
 
 Popover::~Popover() {
-    if (view) view->setParent(nullptr);
+    view->setParent(nullptr);
 }
 
 bool Popover::isShown() const {
@@ -60,7 +58,7 @@ QRect Popover::place(const QRect& anchor, QSize size, const QRect& area) {
 
 void Popover::show(std::optional<QRect> item, std::optional<QPoint> click) {
     if (!form) setForm(bestForm());
-    if (Screens::areXwayland() && (!item || form == Form::caughtPopup)) {
+    if (WindowSystem::isXwayland() && (!item || form == Form::caughtPopup)) {
         catcher->cover([this, item, click](std::optional<QPoint> pointer) {
             anchor = item ? *item : locate(click, pointer);
             if (form != Form::caughtPopup) catcher->hide();
@@ -69,13 +67,13 @@ void Popover::show(std::optional<QRect> item, std::optional<QPoint> click) {
         return;
     }
     const QPoint pointer = QCursor::pos();
-    anchor = item.value_or(X11::connection() ? QRect(pointer, QSize(1, 1))
-                                             : topRight(Screens::available(pointer)));
+    anchor = item.value_or(WindowSystem::isX11() ? QRect(pointer, QSize(1, 1))
+                                                 : topRight(Screens::available(pointer)));
     open();
 }
 
-/// A host that counts from elsewhere reports the same click for the same place, so what was found
-/// then still holds.
+/// A host that counts from elsewhere reports the same numbers for the same place, so the pointer's
+/// place at an earlier report like this one is still right.
 QRect Popover::locate(std::optional<QPoint> click, std::optional<QPoint> pointer) {
     if (pointer && isNearEdge(*pointer)) {
         lastClick = click;
@@ -90,24 +88,25 @@ QRect Popover::locate(std::optional<QPoint> click, std::optional<QPoint> pointer
 void Popover::open() {
     setFocus();
     follow();
-    if (form == Form::window && X11::connection())
+    if (form == Form::window && WindowSystem::isX11())
         X11::leaveTaskBar(this);  // Plasma lists tool windows too
     QWidget::show();
     if (form == Form::window) activateWindow();
     catchClicks();
 }
 
-/// Mutter leaves a window the focus when its wallpaper is clicked.
+/// On GNOME a click on the wallpaper takes no focus from a window.
 void Popover::catchClicks() {
-    if (form == Form::window && Screens::areXwayland() && X11::windowManager() == "GNOME Shell")
+    if (form == Form::window && WindowSystem::isXwaylandOf("GNOME Shell"))
         catcher->surround(geometry());
 }
 
 /// Under Xwayland only these compositors leave a managed window where it asks to be.
 Popover::Form Popover::bestForm() {
-    if (!Screens::areXwayland()) return X11::connection() ? Form::popup : Form::window;
-    const std::string compositor = X11::windowManager();
-    return compositor == "KWin" || compositor == "GNOME Shell" ? Form::window : Form::caughtPopup;
+    if (!WindowSystem::isXwayland()) return WindowSystem::isX11() ? Form::popup : Form::window;
+    const bool keepsPlace =
+        WindowSystem::isXwaylandOf("KWin") || WindowSystem::isXwaylandOf("GNOME Shell");
+    return keepsPlace ? Form::window : Form::caughtPopup;
 }
 
 void Popover::setForm(Form best) {
@@ -122,9 +121,7 @@ void Popover::close() {
     dismissedFor.invalidate();
 }
 
-/// Keeps hanging at the anchor, in the view's size.
 void Popover::follow() {
-    if (!view) return;
     const QRect place = Popover::place(anchor, view->size(), Screens::available(anchor.center()));
     setFixedSize(place.size());  // a tiling compositor leaves such a window alone
     move(place.topLeft());
@@ -132,9 +129,9 @@ void Popover::follow() {
     setBarsGiveWay(isVisible());
 }
 
-/// A window that the window manager stacks stands below the bars, which it doesn't.
+/// A managed window stands below the bars, which are not managed.
 void Popover::setBarsGiveWay(bool giveWay) const {
-    const bool isCovered = giveWay && form == Form::window && Screens::areXwayland();
+    const bool isCovered = giveWay && form == Form::window && WindowSystem::isXwayland();
     FloatingWindow::makeWay(this, isCovered ? geometry() : QRect());
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QElapsedTimer>
-#include <QPointer>
 #include <QRect>
 #include <QWidget>
 #include <memory>
@@ -55,7 +54,7 @@ private:
     void follow();
     void setBarsGiveWay(bool giveWay) const;
 
-    const QPointer<QWidget> view;
+    QWidget* const view;
     const std::unique_ptr<ClickCatcher> catcher;
     std::optional<Form> form;
     QRect anchor;

@@ -4,12 +4,14 @@
 #include <QScreen>
 #include <QTimer>
 #include <algorithm>
+#include <bit>
 
+#include "Windowing/WindowSystem.h"
 #include "Windowing/X11.h"
 
 namespace {
 
-constexpr int panelHeight = 32;  // points that a panel is high, where nobody tells
+constexpr int panelHeight = 32;  // points; assumed where nobody tells
 
 QRect primaryFrame() {
     const QScreen* const primary = QGuiApplication::primaryScreen();
@@ -22,21 +24,9 @@ int distance(const QRect& rect, QPoint point) {
     return (point - nearest).manhattanLength();
 }
 
-/// In the screens' own pixels.
+/// In the screen's own pixels.
 QRect native(const QScreen* screen) {
     return {screen->geometry().topLeft(), screen->geometry().size() * screen->devicePixelRatio()};
-}
-
-std::vector<Screens::Strut> panels() {
-    static const xcb_atom_t declared = X11::atom("_NET_WM_STRUT_PARTIAL");
-    std::vector<Screens::Strut> struts;
-    for (const auto& numbers : X11::properties(X11::managedWindows(), declared)) {
-        if (numbers.size() < 12) continue;
-        const auto at = [&numbers](std::size_t index) { return static_cast<int>(numbers[index]); };
-        struts.push_back(
-            {at(0), at(1), at(2), at(3), at(4), at(5), at(6), at(7), at(8), at(9), at(10), at(11)});
-    }
-    return struts;
 }
 
 /// All screens together, in their own pixels.
@@ -58,13 +48,14 @@ QRect fromNative(const QScreen* screen, QRect part) {
 QRect withoutPanels(const QScreen* screen) {
     const QRect all = nativeDesktop(), whole = native(screen);
     QRect rest = whole;
-    for (const Screens::Strut& panel : panels())
-        rest &= Screens::without(panel, whole, {all.right() + 1, all.bottom() + 1});
+    for (const auto& strut : X11::struts())
+        rest &= Screens::without(std::bit_cast<Screens::Strut>(strut), whole,
+                                 {all.right() + 1, all.bottom() + 1});
     return fromNative(screen, rest);
 }
 
-/// A Wayland desktop's panels are seen by the compositor alone. Some keep their room free in the
-/// work area; where none does, most panels stand at the top or the bottom.
+/// Only the compositor sees the panels of a Wayland desktop. Some compositors leave their room out
+/// of the work area. Under the others a panel may stand at the top and at the bottom.
 QRect withinWorkArea(const QScreen* screen) {
     const QRect told = X11::workArea();
     const QRect rest = native(screen) & told;
@@ -73,22 +64,16 @@ QRect withinWorkArea(const QScreen* screen) {
     return fromNative(screen, rest);
 }
 
-void watch(QScreen* screen, QTimer* settled) {
-    const auto restart = [settled] { settled->start(); };
-    QObject::connect(screen, &QScreen::geometryChanged, settled, restart);
-    QObject::connect(screen, &QScreen::availableGeometryChanged, settled, restart);
-}
-
 }  // namespace
 
-Rect Screens::fromToolkit(const QRect& rect) {
+Rect Screens::fromQt(const QRect& rect) {
     const QRect primary = primaryFrame();
     return {double(rect.x() - primary.x()),
             double(primary.y() + primary.height() - rect.y() - rect.height()), double(rect.width()),
             double(rect.height())};
 }
 
-QRect Screens::toToolkit(Rect rect) {
+QRect Screens::toQt(Rect rect) {
     const QRect primary = primaryFrame();
     return {
         QPoint(qRound(rect.x) + primary.x(), primary.y() + primary.height() - qRound(rect.maxY())),
@@ -104,20 +89,10 @@ QPoint Screens::fromNative(QPoint point) {
     return point;
 }
 
-bool Screens::contains(Rect rect, Point point) {
-    return point.x >= rect.x && point.x < rect.maxX() && point.y >= rect.y && point.y < rect.maxY();
-}
-
-bool Screens::hold(Point point) {
+bool Screens::contain(Point point) {
     return std::ranges::any_of(QGuiApplication::screens(), [point](const QScreen* screen) {
-        return contains(fromToolkit(screen->geometry()), point);
+        return fromQt(screen->geometry()).contains(point);
     });
-}
-
-std::optional<Rect> Screens::visibleFrame() {
-    const QScreen* const primary = QGuiApplication::primaryScreen();
-    if (!primary) return std::nullopt;
-    return fromToolkit(available(primary));
 }
 
 QRect Screens::without(const Strut& panel, QRect screen, QSize desktop) {
@@ -130,8 +105,7 @@ QRect Screens::without(const Strut& panel, QRect screen, QSize desktop) {
     const bool isRight = meets(panel.rightFrom, panel.rightTo, screen.top(), screen.bottom());
     const int bottom = desktop.height() - 1 - panel.bottom,
               right = desktop.width() - 1 - panel.right;
-    // A panel that would take it all stands on another screen, farther from the edge that both
-    // count from.
+    // A panel that would take all of it stands on another screen, farther from that edge.
     QRect rest = screen;
     if (isAbove && panel.top > screen.top() && panel.top <= screen.bottom()) rest.setTop(panel.top);
     if (isBelow && bottom < screen.bottom() && bottom >= screen.top()) rest.setBottom(bottom);
@@ -139,11 +113,6 @@ QRect Screens::without(const Strut& panel, QRect screen, QSize desktop) {
         rest.setLeft(panel.left);
     if (isRight && right < screen.right() && right >= screen.left()) rest.setRight(right);
     return rest;
-}
-
-QRect Screens::available(const QScreen* screen) {
-    if (areXwayland()) return withinWorkArea(screen);
-    return X11::connection() ? withoutPanels(screen) : screen->availableGeometry();
 }
 
 QRect Screens::desktop() {
@@ -155,11 +124,16 @@ QRect Screens::desktop() {
 
 QRect Screens::available(QPoint nearest) {
     const auto screens = QGuiApplication::screens();
-    const auto closer = [nearest](const QScreen* a, const QScreen* b) {
-        return distance(a->geometry(), nearest) < distance(b->geometry(), nearest);
-    };
-    const auto found = std::ranges::min_element(screens, closer);
-    return found == screens.end() ? QRect() : available(*found);
+    const auto found = std::ranges::min_element(screens, {}, [nearest](const QScreen* screen) {
+        return distance(screen->geometry(), nearest);
+    });
+    if (found == screens.end()) return {};
+    if (WindowSystem::isXwayland()) return withinWorkArea(*found);
+    return WindowSystem::isX11() ? withoutPanels(*found) : (*found)->availableGeometry();
+}
+
+QRect Screens::availableOnPrimary() {
+    return available(primaryFrame().center());
 }
 
 QRect Screens::clamped(QRect rect, QRect area) {
@@ -173,18 +147,15 @@ void Screens::onChange(QObject* receiver, const std::function<void()>& changed) 
     settled->setSingleShot(true);
     settled->setInterval(0);
     QObject::connect(settled, &QTimer::timeout, receiver, changed);
+    const auto restart = [settled] { settled->start(); };
+    const auto watch = [settled, restart](QScreen* screen) {
+        QObject::connect(screen, &QScreen::geometryChanged, settled, restart);
+        QObject::connect(screen, &QScreen::availableGeometryChanged, settled, restart);
+    };
     for (QScreen* const screen : QGuiApplication::screens())
-        watch(screen, settled);
-    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, settled, [settled](QScreen* screen) {
-        watch(screen, settled);
-        settled->start();
-    });
-    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, settled,
-                     [settled] { settled->start(); });
-    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, settled,
-                     [settled] { settled->start(); });
-}
-
-bool Screens::areXwayland() {
-    return X11::connection() && qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+        watch(screen);
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, settled, watch);
+    for (const auto change : {&QGuiApplication::screenAdded, &QGuiApplication::screenRemoved,
+                              &QGuiApplication::primaryScreenChanged})
+        QObject::connect(qGuiApp, change, settled, restart);
 }

@@ -1,35 +1,59 @@
 #include "Windowing/X11.h"
 
+#include <xcb/xcb.h>
+
 #include <QGuiApplication>
-#include <QPainterPath>
 #include <QWidget>
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
-
-#include "Windowing/Screens.h"
+#include <memory>
 
 namespace {
 
-constexpr uint32_t longest = 16384;  // numbers in a property
+constexpr uint32_t maxLength = 16384;  // of a property, in units of 4 bytes
+
+template <typename T>
+using Reply = std::unique_ptr<T, decltype([](void* reply) { std::free(reply); })>;
+using Property = Reply<xcb_get_property_reply_t>;
+
+xcb_connection_t* connection() {
+    return qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+}
 
 xcb_window_t root() {
-    return xcb_setup_roots_iterator(xcb_get_setup(X11::connection())).data->root;
+    return xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root;
 }
 
-}  // namespace
-
-xcb_connection_t* X11::connection() {
-    const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
-}
-
-xcb_atom_t X11::atom(const char* name) {
-    const auto request =
-        xcb_intern_atom(connection(), 0, static_cast<uint16_t>(std::strlen(name)), name);
+xcb_atom_t atom(const char* name) {
+    const auto length = static_cast<uint16_t>(std::strlen(name));
+    const auto request = xcb_intern_atom(connection(), 0, length, name);
     const Reply<xcb_intern_atom_reply_t> reply(
         xcb_intern_atom_reply(connection(), request, nullptr));
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
+
+xcb_get_property_cookie_t ask(xcb_window_t window, xcb_atom_t name) {
+    return xcb_get_property(connection(), 0, window, name, XCB_ATOM_ANY, 0, maxLength);
+}
+
+Property answer(xcb_get_property_cookie_t request) {
+    return Property(xcb_get_property_reply(connection(), request, nullptr));
+}
+
+/// Empty where the property is missing or no list of numbers.
+std::vector<uint32_t> numbers(const Property& property) {
+    if (!property || property->format != 32) return {};
+    const auto* const first = static_cast<const uint32_t*>(xcb_get_property_value(property.get()));
+    return {first, first + property->value_len};
+}
+
+std::vector<uint32_t> rootNumbers(const char* name) {
+    return numbers(answer(ask(root(), atom(name))));
+}
+
+}  // namespace
 
 bool X11::isOwned(const char* selection) {
     const auto request = xcb_get_selection_owner(connection(), atom(selection));
@@ -38,49 +62,33 @@ bool X11::isOwned(const char* selection) {
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
-/// All are asked for before the first is waited for.
-std::vector<std::vector<uint32_t>> X11::properties(const std::vector<xcb_window_t>& windows,
-                                                   xcb_atom_t name) {
-    std::vector<xcb_get_property_cookie_t> requests;
-    requests.reserve(windows.size());
-    for (const xcb_window_t window : windows)
-        requests.push_back(
-            xcb_get_property(connection(), 0, window, name, XCB_ATOM_ANY, 0, longest));
-    std::vector<std::vector<uint32_t>> values;
-    for (const auto request : requests) {
-        const Reply<xcb_get_property_reply_t> reply(
-            xcb_get_property_reply(connection(), request, nullptr));
-        auto& value = values.emplace_back();
-        if (!reply || reply->format != 32) continue;
-        const auto* const first = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
-        value.assign(first, first + reply->value_len);
-    }
-    return values;
-}
-
-std::vector<xcb_window_t> X11::managedWindows() {
-    static const xcb_atom_t list = atom("_NET_CLIENT_LIST");
-    return properties({root()}, list).front();
-}
-
 std::string X11::windowManager() {
-    const auto speaker = properties({root()}, atom("_NET_SUPPORTING_WM_CHECK")).front();
-    if (speaker.empty()) return {};
-    const auto request = xcb_get_property(connection(), 0, speaker.front(), atom("_NET_WM_NAME"),
-                                          XCB_ATOM_ANY, 0, longest);
-    const Reply<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(connection(), request, nullptr));
-    if (!reply || reply->format != 8) return {};
-    const auto* const name = static_cast<const char*>(xcb_get_property_value(reply.get()));
-    return {name, name + reply->value_len};
+    const auto window = rootNumbers("_NET_SUPPORTING_WM_CHECK");
+    if (window.empty()) return {};
+    const Property property = answer(ask(window.front(), atom("_NET_WM_NAME")));
+    if (!property || property->format != 8) return {};
+    const auto* const name = static_cast<const char*>(xcb_get_property_value(property.get()));
+    return {name, name + property->value_len};
 }
 
-/// Every workspace has one; they are alike but for panels that are on some workspaces alone.
+/// Each workspace has one. They differ only where a panel is on some workspaces alone.
 QRect X11::workArea() {
-    const auto numbers = properties({root()}, atom("_NET_WORKAREA")).front();
-    if (numbers.size() < 4) return {};
-    const auto at = [&numbers](std::size_t index) { return static_cast<int>(numbers[index]); };
-    return {at(0), at(1), at(2), at(3)};
+    const auto area = rootNumbers("_NET_WORKAREA");
+    if (area.size() < 4) return {};
+    return {int(area[0]), int(area[1]), int(area[2]), int(area[3])};
+}
+
+std::vector<std::array<int, 12>> X11::struts() {
+    static const xcb_atom_t name = atom("_NET_WM_STRUT_PARTIAL");
+    std::vector<xcb_get_property_cookie_t> requests;  // all of them before the first answer
+    for (const xcb_window_t window : rootNumbers("_NET_CLIENT_LIST"))
+        requests.push_back(ask(window, name));
+    std::vector<std::array<int, 12>> struts;
+    for (const auto request : requests) {
+        const auto strut = numbers(answer(request));
+        if (strut.size() >= 12) std::copy_n(strut.begin(), 12, struts.emplace_back().begin());
+    }
+    return struts;
 }
 
 void X11::leaveTaskBar(QWidget* window) {
@@ -91,10 +99,10 @@ void X11::leaveTaskBar(QWidget* window) {
                         XCB_ATOM_ATOM, 32, std::size(states), states);
 }
 
-void X11::cutCorners(QWidget* window, double radius) {
-    window->clearMask();
-    if (!connection() || Screens::areXwayland() || isOwned("_NET_WM_CM_S0")) return;
-    QPainterPath path;
-    path.addRoundedRect(window->rect(), radius, radius);
-    window->setMask(path.toFillPolygon().toPolygon());
+bool X11::isRestacking(const void* event) {
+    static const xcb_atom_t restacked[] = {atom("_NET_ACTIVE_WINDOW"),
+                                           atom("_NET_CLIENT_LIST_STACKING")};
+    const auto* const change = static_cast<const xcb_property_notify_event_t*>(event);
+    return (change->response_type & 0x7f) == XCB_PROPERTY_NOTIFY &&
+           (change->atom == restacked[0] || change->atom == restacked[1]);
 }

@@ -1,39 +1,17 @@
 #pragma once
 
-#include <xcb/xcb.h>
-
 #include <QRect>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
+#include <array>
 #include <string>
 #include <vector>
 
 class QWidget;
 
-/// What the toolkit doesn't ask of the X server. Only `connection` and `cutCorners` may be called
-/// without one.
+/// What Qt doesn't ask of the X server. To be called on X11 and Xwayland alone.
 namespace X11 {
 
-struct Free {
-    void operator()(void* reply) const { std::free(reply); }
-};
-template <typename T>
-using Reply = std::unique_ptr<T, Free>;
-
-/// The toolkit's; null where it runs on something else.
-xcb_connection_t* connection();
-
-/// XCB_ATOM_NONE where the server doesn't answer.
-xcb_atom_t atom(const char* name);
-
-/// Whether there is a program that owns the selection, as compositors and trays own one of the
-/// screen's.
+/// Whether a program owns the selection, as compositors and trays each own one of the screen's.
 bool isOwned(const char* selection);
-
-/// A property that is a list of numbers, for each of the windows; empty where it is missing.
-std::vector<std::vector<uint32_t>> properties(const std::vector<xcb_window_t>& windows,
-                                              xcb_atom_t name);
 
 /// What the window manager calls itself; empty where there is none.
 std::string windowManager();
@@ -41,13 +19,13 @@ std::string windowManager();
 /// What panels leave of all screens together, in their own pixels; empty where nobody tells.
 QRect workArea();
 
-/// Those that a window manager handles.
-std::vector<xcb_window_t> managedWindows();
+/// The _NET_WM_STRUT_PARTIAL of each managed window that has one.
+std::vector<std::array<int, 12>> struts();
 
-/// To be called for a window that a window manager handles, each time before it is shown.
+/// Keeps a managed window out of task bars. To be called each time before the window is shown.
 void leaveTaskBar(QWidget* window);
 
-/// Rounds a window's corners, by points, where they can't be transparent.
-void cutCorners(QWidget* window, double radius);
+/// Whether a native event tells that the window manager put another window on top.
+bool isRestacking(const void* event);
 
 }  // namespace X11

@@ -9,6 +9,7 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
@@ -17,6 +18,7 @@
 #include <QTextDocument>
 #include <QTimer>
 #include <QWidget>
+#include <QXmlStreamReader>
 
 namespace {
 
@@ -58,13 +60,16 @@ struct Host : QDBusVirtualObject {
     }
     QVariantList ask(const QString& path, const QString& interface, const QString& method,
                      const QVariantList& arguments) {
-        auto message = QDBusMessage::createMethodCall(item, path, interface, method);
+        const auto message = QDBusMessage::createMethodCall(item, path, interface, method);
+        return call(message, arguments).arguments();
+    }
+    QDBusMessage call(QDBusMessage message, const QVariantList& arguments) {
         message.setArguments(arguments);
         QDBusPendingCallWatcher answer(bus.asyncCall(message));
         QEventLoop loop;
         QObject::connect(&answer, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
         loop.exec();
-        return answer.reply().arguments();
+        return answer.reply();
     }
     QVariantList menu(const QString& method, const QVariantList& arguments) {
         return ask("/MenuBar", "com.canonical.dbusmenu", method, arguments);
@@ -248,6 +253,53 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     EXPECT_EQ(chosen, "FirstAddedFirst");
     host.click(rows[3].id);
     EXPECT_EQ(item, nullptr);
+}
+
+TEST(StatusItem, RefusesCallsOfAnotherSignatureThanItsOwn) {
+    const Session session;
+    Host host;
+    StatusItem item([](auto) { FAIL() << "activated"; });
+    item.setContent(content(Qt::red, {{"First", {}, {}, [] { FAIL() << "chosen"; }}}));
+    host.start("waybar");
+    qDBusRegisterMetaType<QList<QList<int>>>();
+    const auto listOf = [](int id) { return QVariant::fromValue(QList<int>{id}); };
+    const QVariantList wrong[] = {{},
+                                  {1},
+                                  {"clicked"},
+                                  {1, "clicked"},
+                                  {listOf(1)},
+                                  {listOf(1), "First"},
+                                  {QVariant::fromValue(QList{QList{1}}), QStringList()},
+                                  {QVariant::fromValue(QList{QList{1}})},
+                                  {1.5, 1.5},
+                                  {1, "clicked", "", 0u},
+                                  {QVariant::fromValue(QDBusVariant(1))},
+                                  {QVariantMap{{"id", 1}}}};
+    for (const QString path : {"/StatusNotifierItem", "/MenuBar"}) {
+        QXmlStreamReader xml(host.ask(path, "org.freedesktop.DBus.Introspectable", "Introspect", {})
+                                 .value(0)
+                                 .toString());
+        QString interface, method, own;
+        int refused = 0;
+        while (!xml.atEnd()) {
+            xml.readNext();
+            const auto name = xml.attributes().value("name").toString();
+            if (xml.isStartElement() && xml.name() == u"interface") interface = name;
+            if (interface.startsWith("org.freedesktop")) continue;
+            if (xml.isStartElement() && xml.name() == u"method") method = name, own.clear();
+            const bool isIn = xml.attributes().value("direction") == u"in";
+            if (xml.isStartElement() && isIn) own += xml.attributes().value("type");
+            if (!xml.isEndElement() || xml.name() != u"method") continue;
+            for (const QVariantList& arguments : wrong) {
+                const auto reply = host.call(
+                    QDBusMessage::createMethodCall(host.item, path, interface, method), arguments);
+                if (reply.type() == QDBusMessage::ErrorMessage) ++refused;
+            }
+            EXPECT_NE(own, "") << method.toStdString() << " is not called at all";
+        }
+        EXPECT_GE(refused, 30) << path.toStdString();
+    }
+    EXPECT_EQ(host.rows().size(), 1u) << "still there";
 }
 
 }  // namespace

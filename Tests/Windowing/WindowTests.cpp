@@ -146,6 +146,7 @@ TEST_F(Windows, BarIsDraggedWithoutJumpsAndToldOfOnceAtTheEnd) {
     bar.resize(300, 60);  // as sway does, whose minimum is 50
     EXPECT_EQ(bar.frame().size(), QSize(300, 50))
         << "it would be taken for a change of the bar's own size";
-    EXPECT_TRUE(Screens::hold({0, 0}) && Screens::hold({799, 799.5}));
-    EXPECT_FALSE(Screens::hold({800, 10}) || Screens::hold({10, 800}) || Screens::hold({-1, 10}));
+    EXPECT_TRUE(Screens::contain({0, 0}) && Screens::contain({799, 799.5}));
+    EXPECT_FALSE(Screens::contain({800, 10}) || Screens::contain({10, 800}) ||
+                 Screens::contain({-1, 10}));
 }
