@@ -15,9 +15,9 @@
 namespace {
 
 /// Pictures must look alike everywhere, so of all that the user's desktop or environment could ask
-/// of the toolkit (scale factors, font resolution, styles, themes, fonts of its own, logging)
+/// of Qt (scale factors, font resolution, styles, themes, fonts of its own, logging)
 /// nothing may reach it.
-void isolateToolkit() {
+void isolateQt() {
     std::vector<std::string> names{"XDG_CURRENT_DESKTOP"};
     for (char** variable = environ; *variable; ++variable) {
         const std::string_view text(*variable);
@@ -39,7 +39,7 @@ constexpr const char* withoutFamily =
     "<patelt name=\"family\"><string>Inter</string></patelt>"
     "</pattern></rejectfont></selectfont></fontconfig>";
 
-/// What the toolkit sees of the system's fonts, by these rules.
+/// What Qt sees of the system's fonts, by these rules.
 void use(FcConfig* config, std::initializer_list<const char*> rules) {
     for (const char* each : rules)
         FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(each), FcTrue);
@@ -66,7 +66,7 @@ void silenceStandardError() {
 }  // namespace
 
 extern "C" Q_DECL_EXPORT void quilletPicture(const char* command, const char* outPath) {
-    isolateToolkit();
+    isolateQt();
     silenceStandardError();
     isolateFonts();
     int count = 1;

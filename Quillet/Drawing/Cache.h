@@ -2,12 +2,10 @@
 
 #include <QCache>
 
-/// Refreshes draw mostly the same again, so what took long is kept. For the main thread, as all
-/// drawing.
+/// Most of what a refresh draws is as it was, so what takes long is kept. Main thread only.
 namespace Cache {
 
-/// The cache's value for `key`; if it has none, what `make` returns, put there at the `cost` of
-/// that.
+/// The cache's value for `key`, else what `make` returns, which is kept at its `cost`.
 template <class Key, class Value>
 Value findOrMake(QCache<Key, Value>& cache, const Key& key, const auto& make, const auto& cost) {
     if (const Value* const known = cache.object(key)) return *known;

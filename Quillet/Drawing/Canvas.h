@@ -11,11 +11,10 @@
 class QPainter;
 class QRectF;
 
-/// The drawing words of every view, in points with the origin at the bottom-left. The one place
-/// that knows the painter.
+/// What every view draws with, in points with the origin at the bottom-left.
 class Canvas {
 public:
-    /// Draws upwards from `height` points below the painter's origin, until the canvas's life ends.
+    /// The origin is `height` points below the painter's.
     Canvas(QPainter& painter, double height);
     ~Canvas();
     Canvas(const Canvas&) = delete;
@@ -24,8 +23,6 @@ public:
     void fill(Rect rect, Color color);
     void fillRounded(Rect rect, double radius, Color color);
     void strokeRounded(Rect rect, double radius, Color color, double lineWidth);
-    void fillAndStrokeRounded(Rect rect, double radius, Color filling, Color line,
-                              double lineWidth);
     void fillEllipse(Rect rect, Color color);
     void fillRoundedGradient(Rect rect, double radius, Color left, Color right);
     void fillVerticalGradient(Rect rect,
@@ -43,7 +40,7 @@ public:
     void draw(const QImage& image, Rect rect, double opacity = 1);
 
 private:
-    QRectF toolkitRect(Rect rect) const;
+    QRectF toQt(Rect rect) const;
 
     QPainter& painter;
     const double height;

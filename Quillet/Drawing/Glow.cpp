@@ -37,19 +37,13 @@ struct Plane {
     const float* row(int y) const { return alpha.data() + std::ptrdiff_t(y) * width; }
 };
 
-/// The rows of a plane that are not empty: those of the shape, which are few beside its light's.
-struct Rows {
-    int first;
-    int end;
-};
-
 // Both blurs add one weight at a time over whole rows, which the compiler turns into vector
 // instructions.
 
-Plane blurredRows(const Plane& source, const std::vector<float>& kernel, Rows lit) {
+Plane blurredRows(const Plane& source, const std::vector<float>& kernel) {
     const int reach = static_cast<int>(kernel.size() / 2);
     Plane result{source.width, source.height};
-    for (int y = lit.first; y < lit.end; ++y) {
+    for (int y = 0; y < source.height; ++y) {
         float* row = result.row(y);
         const float* other = source.row(y);
         for (int shift = -reach; shift <= reach; ++shift) {
@@ -62,13 +56,13 @@ Plane blurredRows(const Plane& source, const std::vector<float>& kernel, Rows li
     return result;
 }
 
-Plane blurredColumns(const Plane& source, const std::vector<float>& kernel, Rows lit) {
+Plane blurredColumns(const Plane& source, const std::vector<float>& kernel) {
     const int reach = static_cast<int>(kernel.size() / 2);
     Plane result{source.width, source.height};
     for (int y = 0; y < source.height; ++y) {
         float* row = result.row(y);
-        const int last = std::min(lit.end, y + reach + 1);
-        for (int from = std::max(lit.first, y - reach); from < last; ++from) {
+        const int last = std::min(source.height, y + reach + 1);
+        for (int from = std::max(0, y - reach); from < last; ++from) {
             const float weight = kernel.data()[from - y + reach];
             const float* other = source.row(from);
             for (int x = 0; x < source.width; ++x)
@@ -113,34 +107,27 @@ QImage colored(Plane plane, const Color& color) {
 
 /// All that a tile's pixels depend on.
 struct Tile {
-    int width;
-    int height;
-    double x, y, shapeWidth, shapeHeight;  // of the shape in it
+    QSize size;
+    QRectF shape;
     double cornerRadius;
     double deviation;
-    int reach;  // of the blur
-    double red, green, blue, alpha;
+    Color color;
 
     bool operator==(const Tile&) const = default;
 };
 
 std::size_t qHash(const Tile& tile, std::size_t seed) {
-    return qHashMulti(seed, tile.width, tile.height, tile.x, tile.y, tile.shapeWidth,
-                      tile.shapeHeight, tile.cornerRadius, tile.deviation, tile.red, tile.green,
-                      tile.blue, tile.alpha);
+    return qHashMulti(seed, tile.size.width(), tile.size.height(), tile.shape.x(), tile.shape.y(),
+                      tile.shape.width(), tile.color.red, tile.color.alpha);
 }
 
 QImage blurred(const Tile& tile) {
-    const QRectF shape(tile.x, tile.y, tile.shapeWidth, tile.shapeHeight);
-    const Plane alpha = alphaOfShape(shape, tile.cornerRadius, {tile.width, tile.height});
     const auto kernel = gaussianKernel(tile.deviation);
-    const Rows lit{tile.reach, tile.height - tile.reach};
-    const Color color{tile.red, tile.green, tile.blue, tile.alpha};
-    return colored(blurredColumns(blurredRows(alpha, kernel, lit), kernel, lit), color);
+    const Plane alpha = alphaOfShape(tile.shape, tile.cornerRadius, tile.size);
+    return colored(blurredColumns(blurredRows(alpha, kernel), kernel), tile.color);
 }
 
-/// With its edges at quarters of a pixel: no blur shows the difference, and refreshes share more
-/// tiles.
+/// With its edges at quarters of a pixel, which no blur shows, so that more tiles are alike.
 QRectF atQuarters(const QRectF& rect) {
     const auto nearest = [](double edge) { return std::round(edge * 4) / 4; };
     return {QPointF(nearest(rect.left()), nearest(rect.top())),
@@ -148,8 +135,8 @@ QRectF atQuarters(const QRectF& rect) {
 }
 
 QImage imageOf(const Tile& tile) {
-    constexpr int mostBytes = 512 * 1024;
-    static QCache<Tile, QImage> cache(mostBytes);
+    constexpr int maxBytes = 512 * 1024;
+    static QCache<Tile, QImage> cache(maxBytes);
     return Cache::findOrMake(
         cache, tile, [&] { return blurred(tile); },
         [](const QImage& image) { return image.sizeInBytes(); });
@@ -166,13 +153,12 @@ void Glow::paint(QPainter& painter, const QRectF& shape, double cornerRadius) co
 
     const int reach = static_cast<int>(std::ceil(3 * deviation));
     const QRect box = device.toAlignedRect().adjusted(-reach, -reach, reach, reach);
-    // What is left of the middle must be wide enough for its centre column to see no corner.
+    // The tile is wide enough that no corner's light reaches its middle column.
     const int cap = 2 * reach + static_cast<int>(std::ceil(cornerRadius * scale)) + 1;
     const int removed = std::max(0, box.width() - 2 * cap - 1);
     const QRectF inTile = device.translated(-box.topLeft()).adjusted(0, 0, -removed, 0);
-    const QImage tile = imageOf({box.width() - removed, box.height(), inTile.x(), inTile.y(),
-                                 inTile.width(), inTile.height(), cornerRadius * scale, deviation,
-                                 reach, color.red, color.green, color.blue, color.alpha});
+    const QImage tile = imageOf(
+        {{box.width() - removed, box.height()}, inTile, cornerRadius * scale, deviation, color});
 
     const QTransform fromDevice = toDevice.inverted();
     const auto put = [&](int x, int width, int tileX, int tileWidth) {

@@ -11,7 +11,6 @@ struct Glow {
     Color color;
     double blurRadius = 0;  ///< Points, as a shadow's blur radius: twice the standard deviation.
 
-    /// Paints the light of an opaque rounded rectangle in the painter's coordinates, but not the
-    /// shape itself.
+    /// Paints the light of an opaque rounded rectangle, but not the rectangle.
     void paint(QPainter& painter, const QRectF& shape, double cornerRadius) const;
 };

@@ -17,22 +17,17 @@ struct TextStyle {
     bool tabularDigits = false;  ///< Digits of equal width.
 };
 
-/// One line of text, laid out once: what is measured is what is drawn, the same on every machine
-/// and screen. Line breaks and other control characters take the place of a space. Needs the
-/// application object.
+/// One line of text, measured and drawn from the same layout. Needs the application object.
 class TextLine {
 public:
-    /// Characters that are shown of a text: more fit no screen, and laying out a log's worth of
-    /// them takes seconds.
-    static constexpr int maxLength = 1000;
+    static constexpr int maxLength = 1000;  ///< Characters; more fit no screen and take seconds.
 
     TextLine(const std::string& text, const TextStyle& style);
 
     double width() const;   ///< Points.
     double height() const;  ///< Points, of the line box: ascent and descent.
 
-    void draw(QPainter& painter, double x,
-              double top) const;  ///< In the painter's coordinates and pen.
+    void draw(QPainter& painter, double x, double top) const;  ///< With the painter's pen.
 
 private:
     std::shared_ptr<const QTextLayout> layout;

@@ -48,8 +48,8 @@ void ModelTag::draw(Canvas& canvas, const TagStyle& style, Point origin) const {
     const double natural = line.width() + 2 * style.padding;
     const Rect rect{origin.x, origin.y, std::min(natural, style.longest.value_or(natural)),
                     style.height};
-    canvas.fillAndStrokeRounded(rect, style.radius, base.withAlpha(style.fillAlpha),
-                                base.withAlpha(style.lineAlpha), lineWidth);
+    canvas.fillRounded(rect, style.radius, base.withAlpha(style.fillAlpha));
+    canvas.strokeRounded(rect, style.radius, base.withAlpha(style.lineAlpha), lineWidth);
     const Point start{rect.x + style.padding, rect.midY() - line.height() / 2 + textRise};
     const Color color = base.lightened(lightening);
     if (style.longest) {

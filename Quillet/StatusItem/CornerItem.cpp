@@ -24,17 +24,14 @@ Size pointSize(const QImage& image) {
 
 }  // namespace
 
-CornerItem::CornerItem(Activate activate)
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                           Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint),
-      onActivate(std::move(activate)) {
-    setAttribute(Qt::WA_TranslucentBackground);
-    setAttribute(Qt::WA_ShowWithoutActivating);
+CornerItem::CornerItem(Activate activate) : onActivate(std::move(activate)) {
+    WindowSystem::makeOverlay(this);
     setAttribute(Qt::WA_AlwaysShowToolTips);  // its window is never the active one
     Screens::onChange(this, [this] { place(); });
 }
 
 void CornerItem::place() {
+    if (!content.wide) return;
     picture = content.wide(std::ceil(devicePixelRatio()));  // scaled down once, never up
     const int width = static_cast<int>(pointSize(picture).width + 2 * look.sidePadding);
     const QRect available = Screens::availableOnPrimary();

@@ -1,30 +1,27 @@
-// Whether a host shows a wide picture, and whether it tells where the item stands, is known only by
-// its program: the process that owns the watcher's name.
+// Only the host's program, the process that owns the watcher's name, tells whether it shows a wide
+// picture and where it counts a click from.
 #include "StatusItem/NotifierHost.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QFile>
+#include <algorithm>
 
 namespace {
 
-const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
-const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
-
 constexpr int answerTimeout = 5000;  // milliseconds
 
-constexpr struct {
+const struct {
     const char* process;  // how its name begins; the kernel keeps 15 characters
-    bool showsWide;
-    bool tellsPosition;
+    NotifierHost::Host host;
 } knownHosts[] = {
-    {"panel-", false, true},  // Xfce, "panel-2-systray" by the plugin's number
-    {"lxqt-panel", false, true},
-    {"plasmashell", false, true},
-    {"kded", false, true},             // Plasma's, with its version; the items are plasmashell's
-    {"notification-ar", true, false},  // MATE; passes a point at the panel's edge
-    {"waybar", true, false},           // passes a point inside its own tray box
+    {"panel-", {false, true}},  // Xfce, "panel-2-systray" by the plugin's number
+    {"lxqt-panel", {false, true}},
+    {"plasmashell", {false, true}},
+    {"kded", {false, true}},             // Plasma's, with its version; the items are plasmashell's
+    {"notification-ar", {true, false}},  // MATE; passes a point at the panel's edge
+    {"waybar", {true, false}},           // passes a point inside its own tray box
 };
 
 QByteArray processName(unsigned process) {
@@ -39,31 +36,22 @@ NotifierHost::NotifierHost(std::function<void(std::optional<Host>)> onHostChange
       bus(QDBusConnection::sessionBus()),
       ownership(watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange) {
     question.setSingleShot(true);
-    question.callOnTimeout([this] { askOwner(); });
-    QObject::connect(
-        &ownership, &QDBusServiceWatcher::serviceOwnerChanged, &question,
-        [this](const QString&, const QString&, const QString& owner) { follow(owner); });
-    for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
+    question.callOnTimeout([this] { askWhetherRegistered(); });
+    QObject::connect(&ownership, &QDBusServiceWatcher::serviceOwnerChanged, &question, [this] {
+        settle(0);  // a watcher that takes the name anew has forgotten its items
+        question.start();
+    });
+    for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
         bus.connect(watcherName, watcherPath, watcherName, change, &question, SLOT(start()));
-    }
     bus.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected",
-                &question,
-                SLOT(start()));  // the bus itself went
+                &question, SLOT(start()));
     question.start();
 }
 
 NotifierHost::~NotifierHost() = default;
 
-/// A watcher that goes has forgotten its items, even if the same connection takes the name again at
-/// once.
-void NotifierHost::follow(const QString& owner) {
-    if (!owner.isEmpty()) return question.start();
-    question.stop();
-    answer.reset();
-    settle(std::nullopt);
-}
-
-void NotifierHost::ask(const QDBusMessage& message, Step then) {
+void NotifierHost::ask(QDBusMessage message, Step then) {
+    message.setAutoStartService(false);
     answer = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, answerTimeout));
     QObject::connect(answer.get(), &QDBusPendingCallWatcher::finished, &question, [this, then] {
         const QDBusMessage reply = answer->reply();
@@ -72,48 +60,32 @@ void NotifierHost::ask(const QDBusMessage& message, Step then) {
     });
 }
 
-void NotifierHost::askBus(const char* method, const QString& name, Step then) {
-    ask(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                       "org.freedesktop.DBus", method)
-            << name,
-        then);
-}
-
-/// By name, since a reply doesn't tell its sender in every version of Qt.
-void NotifierHost::askOwner() {
-    if (!bus.isConnected()) return settle(std::nullopt);  // nothing would ever answer
-    askBus("GetNameOwner", watcherName, &NotifierHost::askWhetherThere);
-}
-
-void NotifierHost::askWhetherThere(const QDBusMessage& owner) {
-    candidate = owner.arguments().value(0).toString();
-    if (owner.type() != QDBusMessage::ReplyMessage) return settle(std::nullopt);
-    auto message = QDBusMessage::createMethodCall(candidate, watcherPath,
+void NotifierHost::askWhetherRegistered() {
+    if (!bus.isConnected()) return settle(0);  // nothing would ever answer
+    auto message = QDBusMessage::createMethodCall(watcherName, watcherPath,
                                                   "org.freedesktop.DBus.Properties", "Get");
     ask(message << watcherName << "IsStatusNotifierHostRegistered", &NotifierHost::askProcess);
 }
 
-void NotifierHost::askProcess(const QDBusMessage& isThere) {
-    const bool there = isThere.type() == QDBusMessage::ReplyMessage &&
-                       isThere.arguments().value(0).value<QDBusVariant>().variant().toBool();
-    if (!there) return settle(std::nullopt);
-    askBus("GetConnectionUnixProcessID", candidate, &NotifierHost::found);
+void NotifierHost::askProcess(const QDBusMessage& isRegistered) {
+    const auto value = isRegistered.arguments().value(0).value<QDBusVariant>().variant();
+    if (!value.toBool()) return settle(0);
+    auto message =
+        QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                       "org.freedesktop.DBus", "GetConnectionUnixProcessID");
+    ask(message << watcherName, &NotifierHost::found);
 }
 
 void NotifierHost::found(const QDBusMessage& process) {
-    Host host{candidate};
-    const QByteArray name = processName(process.arguments().value(0).toUInt());
-    for (const auto& known : knownHosts) {
-        if (!name.startsWith(known.process)) continue;
-        host.showsWide = known.showsWide;
-        host.tellsPosition = known.tellsPosition;
-    }
-    settle(host);
+    settle(process.arguments().value(0).toUInt());
 }
 
-void NotifierHost::settle(std::optional<Host> host) {
-    const QString watcher = host ? host->watcher : QString();
-    if (settled == watcher) return;
-    settled = watcher;
-    onChange(std::move(host));
+void NotifierHost::settle(unsigned process) {
+    if (settled == process) return;
+    settled = process;
+    if (process == 0) return onChange(std::nullopt);
+    const QByteArray name = processName(process);
+    const auto* const known = std::ranges::find_if(
+        knownHosts, [&name](const auto& each) { return name.startsWith(each.process); });
+    onChange(known == std::end(knownHosts) ? Host() : known->host);
 }

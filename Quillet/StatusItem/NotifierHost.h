@@ -13,37 +13,33 @@ class QDBusPendingCallWatcher;
 /// Watches the session bus for a tray host that shows StatusNotifier items.
 class NotifierHost {
 public:
+    /// Bus name of the watcher, which hosts register with, and object path and interface there.
+    static constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
+    static constexpr const char* watcherPath = "/StatusNotifierWatcher";
+
     struct Host {
-        QString watcher;  ///< Bus name of the connection that takes registrations.
-        bool showsWide =
-            false;  ///< Shows a wide picture whole instead of squashing it into a square.
-        bool tellsPosition = false;  ///< Says on a click where the item stands.
+        bool showsWide = false;      ///< Shows a wide picture whole instead of squashing it.
+        bool tellsPosition = false;  ///< Reports a click with the position on the screen.
     };
 
-    /// `onChange` is called with the first answer, and whenever another host, or none, takes the
-    /// place.
+    /// `onChange` is called with the first answer, and whenever another host, or none, takes over.
     explicit NotifierHost(std::function<void(std::optional<Host>)> onChange);
     ~NotifierHost();
 
     QDBusConnection connection() const { return bus; }
 
 private:
-    void follow(const QString& owner);
     using Step = void (NotifierHost::*)(const QDBusMessage& reply);
-    void ask(const QDBusMessage& question, Step then);
-    void askBus(const char* method, const QString& name, Step then);
-    void askOwner();
-    void askWhetherThere(const QDBusMessage& owner);
-    void askProcess(const QDBusMessage& isThere);
+    void ask(QDBusMessage question, Step then);
+    void askWhetherRegistered();
+    void askProcess(const QDBusMessage& isRegistered);
     void found(const QDBusMessage& process);
-    void settle(std::optional<Host> host);
+    void settle(unsigned process);
 
     const std::function<void(std::optional<Host>)> onChange;
     QDBusConnection bus;
     QDBusServiceWatcher ownership;
-    QTimer question;  ///< Its start is what the watcher's signals are connected to.
+    QTimer question;  ///< Its slot `start` is what the bus's signals are connected to.
     std::unique_ptr<QDBusPendingCallWatcher> answer;
-    QString candidate;  ///< The watcher that is being asked about.
-    std::optional<QString>
-        settled;  ///< The watcher of the newest call of `onChange`, empty for no host.
+    std::optional<unsigned> settled;  ///< The process that `onChange` was told of, 0 for none.
 };

@@ -128,7 +128,7 @@ private:
 NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host shownBy,
                            std::function<void()> registration, Activate activation)
     : bus(connection),
-      host(std::move(shownBy)),
+      host(shownBy),
       onRegistered(std::move(registration)),
       onActivate(std::move(activation)),
       service(uniqueService()),
@@ -158,9 +158,9 @@ void NotifierItem::setContent(const StatusContent& content) {
 }
 
 void NotifierItem::registerItem() {
-    auto message = QDBusMessage::createMethodCall(host.watcher, "/StatusNotifierWatcher",
-                                                  "org.kde.StatusNotifierWatcher",
-                                                  "RegisterStatusNotifierItem");
+    auto message =
+        QDBusMessage::createMethodCall(NotifierHost::watcherName, NotifierHost::watcherPath,
+                                       NotifierHost::watcherName, "RegisterStatusNotifierItem");
     auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(message << service), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();

@@ -3,21 +3,18 @@
 #include <QEvent>
 
 #include "Windowing/Screens.h"
+#include "Windowing/WindowSystem.h"
 
 namespace {
 
-constexpr int pointerDelay =
-    60;  // milliseconds from the pointer's coming to its place, which is told later
-constexpr int mostPatience = 500;  // milliseconds for a pointer that doesn't come
+constexpr int pointerDelay = 60;     // milliseconds; the place comes after the Enter event
+constexpr int pointerTimeout = 500;  // milliseconds
 
 }  // namespace
 
-ClickCatcher::ClickCatcher(QWidget* attended)
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus |
-                           Qt::BypassWindowManagerHint | Qt::NoDropShadowWindowHint),
-      popup(attended) {
-    setAttribute(Qt::WA_TranslucentBackground);
-    setAttribute(Qt::WA_ShowWithoutActivating);
+ClickCatcher::ClickCatcher(QWidget* attended) : popup(attended) {
+    WindowSystem::makeOverlay(this);
+    setWindowFlag(Qt::WindowStaysOnTopHint, false);  // the popup stands above
     popup->installEventFilter(this);
     covered.setSingleShot(true);
     covered.callOnTimeout([this] {
@@ -30,7 +27,7 @@ ClickCatcher::ClickCatcher(QWidget* attended)
 void ClickCatcher::cover(const std::function<void(std::optional<QPoint>)>& then) {
     onCovered = then;
     knownPointer = QCursor::pos();
-    covered.start(mostPatience);
+    covered.start(pointerTimeout);
     clearMask();
     setGeometry(Screens::desktop());
     show();
@@ -43,8 +40,8 @@ void ClickCatcher::surround(const QRect& window) {
     show();
 }
 
-/// Some compositors stack windows in the order of their first pictures, so a popup that came
-/// together with its cover could end up below it. The pointer comes to what is on the screen.
+/// Some compositors stack windows in the order of their first pictures, so the popup waits until
+/// the cover is on the screen, where the pointer enters it.
 void ClickCatcher::enterEvent(QEnterEvent*) {
     if (covered.isActive()) covered.start(pointerDelay);
 }

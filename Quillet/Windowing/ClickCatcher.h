@@ -5,19 +5,18 @@
 #include <functional>
 #include <optional>
 
-/// A transparent cover of all screens beneath a popup. Under Xwayland a popup doesn't hear of
-/// clicks on other programs' windows, and would stay open; the cover hears of them.
+/// A transparent cover of all screens beneath a popup, which closes at a click on the cover. Under
+/// Xwayland a popup gets no clicks on other programs' windows.
 class ClickCatcher : public QWidget {
 public:
     explicit ClickCatcher(QWidget* popup);
 
-    /// Calls back when it covers the screens, for the popup to be shown, with where the pointer is.
-    /// Under Xwayland only a window beneath the pointer learns that; the place is absent where none
-    /// was told. Stays as long as the popup, or not at all if that isn't shown.
+    /// Calls back when it covers the screens, for the popup to be shown, with the pointer's place,
+    /// which only a window beneath the pointer learns; absent if none was told. Goes with the
+    /// popup.
     void cover(const std::function<void(std::optional<QPoint> pointer)>& then);
 
-    /// Covers all but a window, which the compositor stacks beneath its cover, for as long as that
-    /// is open.
+    /// Covers all but the popup's window, where the compositor would stack that beneath the cover.
     void surround(const QRect& window);
 
 protected:
@@ -28,6 +27,6 @@ protected:
 private:
     QWidget* const popup;
     std::function<void(std::optional<QPoint>)> onCovered;
-    QPoint knownPointer;  ///< Before it covered anything: perhaps of long ago.
+    QPoint knownPointer;  ///< Before it covered anything, so perhaps an old one.
     QTimer covered;
 };

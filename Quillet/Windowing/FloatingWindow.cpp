@@ -11,32 +11,18 @@
 
 namespace {
 
-constexpr auto bare = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                      Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint;
+constexpr int pictureDelay = 50;  // milliseconds for a compositor to get a larger picture
+constexpr int focusDelay = 500;   // milliseconds for a compositor to move the focus
 
-constexpr int pictureDelay =
-    50;  // milliseconds until a compositor has the picture of a window that grew
-constexpr int focusDelay =
-    500;  // milliseconds until a compositor has given the focus to a window that it shows
-
-/// Unmanaged where that exists: no window manager keeps a managed window above full-screen ones, on
-/// every workspace and away from the focus. A Wayland compositor would not show an unmanaged one at
-/// all.
-Qt::WindowFlags windowForm() {
-    return WindowSystem::isX11() ? bare | Qt::BypassWindowManagerHint : bare;
-}
-
-/// What the user has open stays above.
-void raisePopup() {
+void raiseOpenPopup() {
     if (QWidget* const popup = QApplication::activePopupWidget()) popup->raise();
 }
 
 }  // namespace
 
 FloatingWindow::FloatingWindow(QWidget* shown, double radius)
-    : QWidget(nullptr, windowForm()), content(shown), cornerRadius(radius) {
-    setAttribute(Qt::WA_TranslucentBackground);
-    setAttribute(Qt::WA_ShowWithoutActivating);
+    : content(shown), cornerRadius(radius) {
+    WindowSystem::makeOverlay(this);
     content->setParent(this);
     content->move(0, 0);
     content->show();
@@ -68,13 +54,12 @@ QRect FloatingWindow::frame() const {
 }
 
 void FloatingWindow::setFrame(const QRect& frame) {
-    const bool isShownAnew =
+    const bool isShownAnew =  // on Wayland a window keeps the size that it is first shown with
         WindowSystem::isWayland() && isVisible() && frame.size() != this->frame().size();
     if (isShownAnew) QWidget::setVisible(false);
-    if (WindowSystem::isWayland())
-        setFixedSize(frame.size());  // a tiling compositor leaves such a window alone
+    if (WindowSystem::isWayland()) setFixedSize(frame.size());  // keeps it from being tiled
     if (drag) drag->frame = frame;
-    if (!drag || !drag->within) setGeometry(frame);
+    if (!drag || !drag->isInside) setGeometry(frame);
     content->setGeometry(frame.translated(-pos()));
     if (isShownAnew) QWidget::setVisible(true);
 }
@@ -97,41 +82,37 @@ void FloatingWindow::resizeKeepingOrigin(QSize size) {
 }
 
 void FloatingWindow::setVisible(bool visible) {
-    wanted = visible;
-    QWidget::setVisible(wanted && givingWayTo.empty());
-    raisePopup();
+    isWanted = visible;
+    QWidget::setVisible(isWanted && coveredOwners.empty());
+    raiseOpenPopup();
 }
 
-void FloatingWindow::makeWay(const void* whom, const QRect& area) {
+void FloatingWindow::makeWay(const void* owner, const QRect& area) {
     for (QWidget* const window : QApplication::topLevelWidgets()) {
         auto* const bar = dynamic_cast<FloatingWindow*>(window);
-        if (bar) bar->setGivesWay(whom, bar->frame().intersects(area));
+        if (bar) bar->setCovers(owner, bar->frame().intersects(area));
     }
 }
 
-void FloatingWindow::setGivesWay(const void* whom, bool gives) {
-    if (gives) {
-        givingWayTo.insert(whom);
+void FloatingWindow::setCovers(const void* owner, bool covers) {
+    if (covers) {
+        coveredOwners.insert(owner);
     } else {
-        givingWayTo.erase(whom);
+        coveredOwners.erase(owner);
     }
-    const bool shows = wanted && givingWayTo.empty();
+    const bool shows = isWanted && coveredOwners.empty();
     if (shows != isVisible()) QWidget::setVisible(shows);
 }
 
 void FloatingWindow::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
-    if (WindowSystem::isWayland()) {
-        windowHandle()
-            ->startSystemMove();  // where windows don't know their place, the compositor moves them
-        return;
-    }
+    if (WindowSystem::isWayland()) return void(windowHandle()->startSystemMove());
     const QRect before = frame();
     drag =
         Drag{event->globalPosition() - before.topLeft(), before, false, WindowSystem::isXwayland()};
-    if (!drag->within) return;
-    // A compositor takes a new place at once and a new size with the next picture: placed anew
-    // before that, the small window would slip away from under the pointer.
+    if (!drag->isInside) return;
+    // A compositor takes a new place at once, but a new size only with the next picture. Placed
+    // before that, the small window would leave the pointer.
     resize(Screens::desktop().size());
     placing.start();
 }
@@ -176,6 +157,6 @@ void FloatingWindow::resizeEvent(QResizeEvent*) {
 bool FloatingWindow::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
     if (!isVisible() || !X11::isRestacking(message)) return false;
     raise();
-    raisePopup();
+    raiseOpenPopup();
     return false;
 }

@@ -15,8 +15,7 @@
 /// origin at the bottom-left of the primary screen, y upwards.
 class FloatingWindow : public QWidget, private QAbstractNativeEventFilter {
 public:
-    /// The content view keeps its owner. Where the desktop shows no transparency, the corners are
-    /// cut off instead.
+    /// The content must outlive the window, which does not own it.
     explicit FloatingWindow(QWidget* content, double cornerRadius = 0);
     ~FloatingWindow() override;
 
@@ -29,17 +28,17 @@ public:
     void setOrigin(Point origin);
     void resizeKeepingOrigin(QSize size);
 
-    /// Bars that can't be put under what `whom` shows at `area` stay away until it calls with an
-    /// empty one.
-    static void makeWay(const void* whom, const QRect& area);
+    /// Hides the bars that would cover what `owner` shows at `area`, until it calls with an empty
+    /// one.
+    static void makeWay(const void* owner, const QRect& area);
 
-    /// Whether a bar has the focus only because it came up just now.
+    /// Whether a bar has the focus only because it was shown just now.
     static bool hasTakenFocus();
 
     void setVisible(bool visible) override;
 
-    /// Of the bar itself, in Qt's coordinates. The window may be larger: while it is dragged, and
-    /// where a compositor has a minimum size.
+    /// The bar in Qt's coordinates. The window is larger while it is dragged, or where a compositor
+    /// has a minimum size.
     QRect frame() const;
 
 protected:
@@ -56,21 +55,21 @@ private:
         QPointF grip;  ///< From the bar's top left corner.
         QRect frame;
         bool moved = false;
-        /// The window grows over all screens and the bar moves within: under Xwayland some
-        /// compositors lose the pointer when the window itself moves beneath it.
-        bool within = false;
+        /// The window covers all screens and the bar moves inside it. Under Xwayland some
+        /// compositors lose the pointer when the window itself moves.
+        bool isInside = false;
     };
 
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
-    void setGivesWay(const void* whom, bool givesWay);
+    void setCovers(const void* owner, bool covers);
     void setFrame(const QRect& frame);
     void endDrag();
 
     QWidget* const content;
     const double cornerRadius;
     std::optional<Drag> drag;
-    QTimer placing;  ///< Anew, after the window grew.
+    QTimer placing;  ///< After the window grew.
     QElapsedTimer shown;
-    bool wanted = false;
-    std::set<const void*> givingWayTo;
+    bool isWanted = false;
+    std::set<const void*> coveredOwners;
 };

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The toolkit heeds shortcuts only of menus that hang at a window; these pop up by themselves.
+/// Qt handles shortcuts only in menus that belong to a window.
 class ShortcutKeys : public QObject {
 public:
     bool eventFilter(QObject* watched, QEvent* event) override {
@@ -40,7 +40,7 @@ void addRow(QMenu& menu, const MenuItem& item) {
 
 void fillMenu(QMenu& menu, const MenuItems& items) {
     static ShortcutKeys keys;
-    menu.installEventFilter(&keys);  // once, however often it is asked
+    menu.installEventFilter(&keys);  // installing it again does nothing
     menu.clear();
     for (const MenuItem& item : items) {
         if (item.isSeparator()) {

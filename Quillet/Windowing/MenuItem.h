@@ -7,8 +7,7 @@
 
 class QMenu;
 
-/// One row of the context menu, whichever form the menu takes: the toolkit's own or one exported to
-/// a tray host.
+/// One row of the context menu, which Qt shows or a tray host draws.
 struct MenuItem {
     std::string title;                  ///< Empty: a separator.
     std::optional<char> keyEquivalent;  ///< With the menu's modifier, Control.

@@ -36,6 +36,14 @@ bool WindowSystem::isWayland() {
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
+void WindowSystem::makeOverlay(QWidget* window) {
+    window->setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                           Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint);
+    window->setWindowFlag(Qt::BypassWindowManagerHint, isX11());  // Wayland would never show it
+    window->setAttribute(Qt::WA_TranslucentBackground);
+    window->setAttribute(Qt::WA_ShowWithoutActivating);
+}
+
 void WindowSystem::cutCorners(QWidget* window, double radius) {
     window->clearMask();
     if (!isX11() || isXwayland() || X11::isOwned("_NET_WM_CM_S0")) return;

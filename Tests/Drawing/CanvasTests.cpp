@@ -60,39 +60,6 @@ TEST(Canvas, ShapesFillTheirRectangleAndNothingElse) {
     }
 }
 
-TEST(Canvas, AnOutlinedShapeIsItsFillingUnderItsLine) {
-    const auto farthest = [](const QImage& one, const QImage& other) {
-        int distance = 0;
-        for (int i = 0; i < one.sizeInBytes(); ++i)
-            distance = std::max(distance, std::abs(one.constBits()[i] - other.constBits()[i]));
-        return distance;
-    };
-    const Color faint = red.withAlpha(0.2), blue{0, 0, 1};
-    const struct {
-        Color filling, line;
-        double width, radius = 3;
-    } looks[] = {{faint, red, 0.75},   {faint, blue, 0.75},
-                 {blue, red, 0.75},    {red.withAlpha(0.5), red, 0.75},
-                 {faint, red, 0.9},    {faint, red.withAlpha(0.5), 0.75},
-                 {faint, red, 0.75, 6}};
-    const Rect between = shape.shifted(0.3, 0.2), cut = shape.shifted(35, 0), longer{2, 3, 1e6, 9};
-    for (const double scale : {1.0, 1.5, 2.0}) {
-        for (const Rect& rect : {shape, between, shape, cut, longer}) {
-            for (const auto& look : looks) {
-                const auto atOnce = Picture::of({60, 30}, scale, [&](Canvas& c) {
-                    c.fillAndStrokeRounded(rect, look.radius, look.filling, look.line, look.width);
-                });
-                const auto inTurn = Picture::of({60, 30}, scale, [&](Canvas& c) {
-                    c.fillRounded(rect, look.radius, look.filling);
-                    c.strokeRounded(rect, look.radius, look.line, look.width);
-                });
-                EXPECT_LE(farthest(atOnce, inTurn), 2)
-                    << rect.x << ", " << look.width << " at " << scale;
-            }
-        }
-    }
-}
-
 TEST(Glow, IsTheGaussianBlurOfItsShape) {
     for (const double blur : {2.5, 4.5}) {
         const auto within = [&](double at, double from, double to) {
