@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,10 +32,16 @@ bool drawsPicture(std::string_view command) {
     return std::ranges::find(commands, command) != std::end(commands);
 }
 
-/// A report that nobody reads is no failure, and what is opened later must not take the place of a
-/// closed standard stream, or a message could end up there.
-void settleStandardStreams() {
-    signal(SIGPIPE, SIG_IGN);
+/// What libcurl, the TLS library and the standard streams would otherwise do with what this process
+/// inherited. Runs before any of them is used and before there are threads.
+void isolateProcess() {
+    // libcurl would write each connection's keys to the first one's file, and OpenSSL would load
+    // what the others name.
+    for (const char* name : {"SSLKEYLOGFILE", "OPENSSL_CONF", "OPENSSL_MODULES", "OPENSSL_ENGINES"})
+        unsetenv(name);
+    signal(SIGPIPE, SIG_IGN);  // a report that nobody reads is no failure
+    // A file opened later must not take the number of a closed standard stream, or messages would
+    // be written to it.
     int descriptor = 0;
     while (descriptor >= 0 && descriptor <= STDERR_FILENO)
         descriptor = open("/dev/null", O_RDWR);
@@ -83,7 +90,7 @@ void watch() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    settleStandardStreams();
+    isolateProcess();
     const Arguments arguments(argv + std::min(argc, 1), argv + argc);
     const std::string command = arguments.empty() ? "watch" : arguments.front();
 

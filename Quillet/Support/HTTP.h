@@ -31,18 +31,17 @@ using Headers = std::map<std::string, std::string, FieldOrder>;
 /// from the user interface's.
 std::optional<Response> get(const std::string& url, const Headers& headers, double timeout);
 
-/// Ends the session for good, as the program ends: calls still waiting return absent at once, later
-/// ones don't start.
+/// Ends HTTP for good, as the program ends: calls under way return absent at once, and so do later
+/// ones.
 void shutDown();
 
-/// What the session trusts and where it connects.
+/// What calls trust and where they connect.
 struct Transport {
     std::string certificates;            ///< PEM file of authorities; empty: the system's bundle.
     std::vector<std::string> connectTo;  ///< "host:port:address:port" rows: a host's stand-in.
 };
 
-/// Ends the session, if one runs, and has the next `get` start one over `transport`. Calls still
-/// waiting return absent.
+/// Ends the calls under way, which return absent, and has later ones use `transport`.
 void restart(Transport transport);
 
 }  // namespace HTTP

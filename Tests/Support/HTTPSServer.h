@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <csignal>
 #include <thread>
 
 #include "Support/HTTP.h"
@@ -10,6 +11,7 @@
 class HTTPSServer {
 public:
     HTTPSServer() {
+        signal(SIGPIPE, SIG_IGN);  // as the program does; the server closes connections
         std::filesystem::create_directories(directory);
         process =
             popen(("https-server '" + directory + "' > '" + directory + "/ports'").c_str(), "we");
