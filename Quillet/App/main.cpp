@@ -32,11 +32,11 @@ bool drawsPicture(std::string_view command) {
     return std::ranges::find(commands, command) != std::end(commands);
 }
 
-/// What libcurl, the TLS library and the standard streams would otherwise do with what this process
-/// inherited. Runs before any of them is used and before there are threads.
+/// Keeps what the process inherited from changing what it does. Comes first: the environment may
+/// only be changed before there are threads.
 void isolateProcess() {
-    // libcurl would write each connection's keys to the first one's file, and OpenSSL would load
-    // what the others name.
+    // libcurl would write each connection's keys to the first, and OpenSSL would load what the
+    // others name.
     for (const char* name : {"SSLKEYLOGFILE", "OPENSSL_CONF", "OPENSSL_MODULES", "OPENSSL_ENGINES"})
         unsetenv(name);
     signal(SIGPIPE, SIG_IGN);  // a report that nobody reads is no failure

@@ -38,10 +38,6 @@ using Database =
 using Statement =
     std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* s) { sqlite3_finalize(s); })>;
 
-// Counting the memory in use costs a lock for every row's JSON. SQLite can be told only before its
-// first use.
-[[maybe_unused]] const int memoryUncounted = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
-
 int leaveOwner(int, uid_t, gid_t) {
     return 0;
 }
