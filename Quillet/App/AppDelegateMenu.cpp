@@ -1,4 +1,4 @@
-// The context menu and the choices behind it, which the panel's buttons make too.
+// The context menu and its choices, which the panel's buttons offer too.
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QUrl>

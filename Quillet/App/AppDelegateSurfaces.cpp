@@ -138,8 +138,8 @@ void AppDelegate::sizeFloatingWindow() {
                               static_cast<int>(width), static_cast<int>(bar.strip.height));
 }
 
-/// Where the user left it, if that is still on a screen; else at the top right, under a status item
-/// that stands there.
+/// Where the user left it, if that is on a screen; else at the top right, under a status item
+/// there.
 void AppDelegate::positionFloatingWindow() {
     const Point remembered = PointText::parse(UserDefaults::text(originKey).value_or(""));
     const bool isRemembered = remembered.x != 0 || remembered.y != 0;

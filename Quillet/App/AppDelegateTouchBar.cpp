@@ -1,4 +1,4 @@
-// The control strip's button, and the strip of all shown providers that it expands to.
+// The control strip's button and the strip that it expands to.
 #include "App/AppDelegate.h"
 #include "App/ControlStrip.h"
 #include "Rendering/StatusSummary.h"

@@ -4,8 +4,8 @@
 
 #include "App/TouchBar.h"
 
-/// The way into the system's control strip. Every operation is private to the system and looked up
-/// by name at each use; one that is missing does nothing.
+/// The system's control strip. Each operation is private to the system and looked up by name at
+/// each use; a missing one does nothing.
 namespace ControlStrip {
 
 /// Whether the system takes items into the control strip at all.

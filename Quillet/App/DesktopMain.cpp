@@ -1,4 +1,4 @@
-// The desktop half's door: what the entry point looks up in the module.
+// What the entry point looks up in the module.
 #include <fcntl.h>
 #include <fontconfig/fontconfig.h>
 #include <unistd.h>
@@ -14,9 +14,8 @@
 
 namespace {
 
-/// Pictures must look alike everywhere, so of all that the user's desktop or environment could ask
-/// of Qt (scale factors, font resolution, styles, themes, fonts of its own, logging)
-/// nothing may reach it.
+/// Pictures must look alike everywhere, whatever scale, style, theme or fonts the user's desktop
+/// and environment ask of Qt.
 void isolateQt() {
     std::vector<std::string> names{"XDG_CURRENT_DESKTOP"};
     for (char** variable = environ; *variable; ++variable) {
@@ -27,36 +26,34 @@ void isolateQt() {
     for (const std::string& name : names)
         unsetenv(name.c_str());
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    setenv("TMPDIR", "/dev/null",
-           1);  // it would make a folder there, and leave it, where the session has none
+    setenv("TMPDIR", "/dev/null", 1);  // without a session Qt would leave a directory there
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     QApplication::setDesktopSettingsAware(false);
 }
 
-/// The bundled family is drawn with the bundled faces, whichever version of it the system has.
+/// The system's version of the bundled family must not replace it.
 constexpr const char* withoutFamily =
     "<fontconfig><selectfont><rejectfont><pattern>"
     "<patelt name=\"family\"><string>Inter</string></patelt>"
     "</pattern></rejectfont></selectfont></fontconfig>";
 
-/// What Qt sees of the system's fonts, by these rules.
-void use(FcConfig* config, std::initializer_list<const char*> rules) {
+void setFontRules(FcConfig* config, std::initializer_list<const char*> rules) {
     for (const char* each : rules)
         FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(each), FcTrue);
     FcConfigBuildFonts(config);
     FcConfigSetCurrent(config);
-    FcConfigDestroy(config);  // the library keeps its own reference
+    FcConfigDestroy(config);  // fontconfig keeps a reference
 }
 
-/// The system's fonts, for scripts that the bundled family lacks, without anybody's rules about how
-/// to draw them, and without a cache in the home directory.
+/// The system's fonts are left, for scripts that the bundled family lacks, without the user's rules
+/// and without a cache in the home directory.
 void isolateFonts() {
-    use(FcConfigCreate(), {"<fontconfig><dir>/usr/share/fonts</dir><cachedir>/var/cache/"
-                           "fontconfig</cachedir></fontconfig>",
-                           withoutFamily});
+    setFontRules(FcConfigCreate(), {"<fontconfig><dir>/usr/share/fonts</dir><cachedir>/var/cache/"
+                                    "fontconfig</cachedir></fontconfig>",
+                                    withoutFamily});
 }
 
-/// fontconfig writes what it has to complain of there by itself.
+/// fontconfig complains there.
 void silenceStandardError() {
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (nowhere >= 0) dup2(nowhere, STDERR_FILENO);
@@ -80,6 +77,6 @@ extern "C" Q_DECL_EXPORT void quilletPicture(const char* command, const char* ou
 }
 
 extern "C" Q_DECL_EXPORT void quilletWatch() {
-    use(FcInitLoadConfig(), {withoutFamily});
+    setFontRules(FcInitLoadConfig(), {withoutFamily});
     Application::run();
 }

@@ -20,7 +20,7 @@ FloatingContainerView::FloatingContainerView(QWidget* shown) : strip(shown) {
 }
 
 FloatingContainerView::~FloatingContainerView() {
-    if (strip) strip->setParent(nullptr);
+    strip->setParent(nullptr);
 }
 
 void FloatingContainerView::paintEvent(QPaintEvent*) {

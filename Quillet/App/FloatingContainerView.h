@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QPointer>
 #include <QWidget>
 
 /// The floating bar's background around its strip.
@@ -8,12 +7,12 @@ class FloatingContainerView : public QWidget {
 public:
     static constexpr double cornerRadius = 10;  ///< Points.
 
-    explicit FloatingContainerView(QWidget* strip);  ///< The strip keeps its owner.
+    explicit FloatingContainerView(QWidget* strip);  ///< The strip must outlive it.
     ~FloatingContainerView() override;
 
 protected:
     void paintEvent(QPaintEvent*) override;
 
 private:
-    const QPointer<QWidget> strip;
+    QWidget* const strip;
 };

@@ -15,22 +15,20 @@ struct TouchBarButton {
     std::function<void()> action;
 };
 
-/// One item of a Touch Bar: a button, or a view that its owner keeps.
+/// One item of a Touch Bar: a button or a view, which it does not own.
 struct TouchBarItem {
     std::string identifier;
     std::optional<TouchBarButton> button;
     QWidget* view = nullptr;
 };
 
-/// A bar whose items its owner makes on demand; for an identifier that the owner doesn't know there
-/// is none.
+/// A bar whose items are made on demand; absent for an unknown identifier.
 struct TouchBar {
     std::vector<std::string> defaultItemIdentifiers;
     std::function<std::optional<TouchBarItem>(const std::string& identifier)> makeItem;
 };
 
-/// The system's private Touch Bar operations, by the names under which the system has them. No
-/// machine that runs Linux has any.
+/// The system's private Touch Bar operations by name. Linux has none.
 struct TouchBarOperations {
     struct Arguments {
         TouchBarItem* item = nullptr;
@@ -40,11 +38,12 @@ struct TouchBarOperations {
     };
     using Table = std::map<std::string, std::function<void(const Arguments&)>>;
 
-    Table itemClass;  ///< Of the class of items.
-    Table barClass;   ///< Of the class of bars.
-    std::optional<Table>
-        framework;  ///< Functions of the private framework; absent while it isn't loaded.
+    Table itemClass;
+    Table barClass;
+    std::optional<Table> framework;  ///< Absent while it isn't loaded.
 
-    /// What this machine offers.
-    static TouchBarOperations& shared();
+    static TouchBarOperations& shared() {  ///< What this machine offers.
+        static TouchBarOperations operations;
+        return operations;
+    }
 };

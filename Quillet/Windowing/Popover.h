@@ -8,26 +8,22 @@
 
 class ClickCatcher;
 
-/// A borderless window with one view that hangs at the status item and closes when the user turns
-/// elsewhere: a click outside, Escape, or a click on the item. It takes the view's size, also while
-/// it is open.
+/// A borderless window at the status item, of its view's size. A click outside, Escape or a click
+/// on the item closes it.
 class Popover : public QWidget {
 public:
-    /// The view keeps its owner.
-    explicit Popover(QWidget* view);
+    explicit Popover(QWidget* view);  ///< The view must outlive it.
     ~Popover() override;
 
     bool isShown() const;
 
-    /// Under the item (Qt's coordinates), or over it where there is no room below, wholly on the
-    /// item's screen. An item whose place is unknown stands where the pointer is found at a
-    /// screen's edge, else where the click was reported, if that is at an edge, else in the top
-    /// right corner.
+    /// Under the item (Qt's coordinates), or over it where there is no room below. The place of an
+    /// unknown item is that of the pointer, else of the reported click, whichever is first near a
+    /// screen's edge, else the top right corner.
     void show(std::optional<QRect> item, std::optional<QPoint> click = std::nullopt);
     void close();
 
-    /// Whether it closed so recently that the click that reaches the item now is the one that
-    /// closed it.
+    /// Whether a click that reaches the item now is probably the one that closed it.
     bool justClosed() const;
 
     /// Where a popover of `size` stands at `anchor`, within `area`.
@@ -41,9 +37,9 @@ protected:
 
 private:
     enum class Form {
-        popup,        ///< Grabs the pointer, and so sees every click.
-        window,       ///< One that the window manager gives the focus to, and takes it from.
-        caughtPopup,  ///< A popup above a catcher of clicks.
+        popup,        ///< Grabs the pointer and gets every click.
+        window,       ///< Closes when the window manager takes the focus from it.
+        caughtPopup,  ///< A popup above a ClickCatcher.
     };
 
     void open();

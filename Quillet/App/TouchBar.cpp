@@ -1,6 +1,0 @@
-#include "App/TouchBar.h"
-
-TouchBarOperations& TouchBarOperations::shared() {
-    static TouchBarOperations operations;
-    return operations;
-}
