@@ -2,7 +2,7 @@
 
 #include <QFont>
 
-#include "Drawing/TextLine.h"
+#include "Drawing/TextStyle.h"
 
 /// The bundled family, so that pictures look alike on every machine.
 namespace Fonts {

@@ -3,19 +3,10 @@
 #include <memory>
 #include <string>
 
-#include "Drawing/Geometry.h"
+#include "Drawing/TextStyle.h"
 
 class QPainter;
 class QTextLayout;
-
-enum class FontWeight { regular = 400, medium = 500, semibold = 600, bold = 700, heavy = 800 };
-
-struct TextStyle {
-    double size = 0;  ///< Points.
-    FontWeight weight = FontWeight::regular;
-    double kern = 0;             ///< Points of extra space after each character.
-    bool tabularDigits = false;  ///< Digits of equal width.
-};
 
 /// One line of text, measured and drawn from the same layout. Needs the application object.
 class TextLine {

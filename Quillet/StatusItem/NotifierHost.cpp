@@ -38,7 +38,7 @@ NotifierHost::NotifierHost(std::function<void(std::optional<Host>)> onHostChange
     question.setSingleShot(true);
     question.callOnTimeout([this] { askWhetherRegistered(); });
     QObject::connect(&ownership, &QDBusServiceWatcher::serviceOwnerChanged, &question, [this] {
-        settle(0);  // a watcher that takes the name anew has forgotten its items
+        report(0);  // a watcher that takes the name anew has forgotten its items
         question.start();
     });
     for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
@@ -61,7 +61,7 @@ void NotifierHost::ask(QDBusMessage message, Step then) {
 }
 
 void NotifierHost::askWhetherRegistered() {
-    if (!bus.isConnected()) return settle(0);  // nothing would ever answer
+    if (!bus.isConnected()) return report(0);  // nothing would ever answer
     auto message = QDBusMessage::createMethodCall(watcherName, watcherPath,
                                                   "org.freedesktop.DBus.Properties", "Get");
     ask(message << watcherName << "IsStatusNotifierHostRegistered", &NotifierHost::askProcess);
@@ -69,7 +69,7 @@ void NotifierHost::askWhetherRegistered() {
 
 void NotifierHost::askProcess(const QDBusMessage& isRegistered) {
     const auto value = isRegistered.arguments().value(0).value<QDBusVariant>().variant();
-    if (!value.toBool()) return settle(0);
+    if (!value.toBool()) return report(0);
     auto message =
         QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                        "org.freedesktop.DBus", "GetConnectionUnixProcessID");
@@ -77,12 +77,12 @@ void NotifierHost::askProcess(const QDBusMessage& isRegistered) {
 }
 
 void NotifierHost::found(const QDBusMessage& process) {
-    settle(process.arguments().value(0).toUInt());
+    report(process.arguments().value(0).toUInt());
 }
 
-void NotifierHost::settle(unsigned process) {
-    if (settled == process) return;
-    settled = process;
+void NotifierHost::report(unsigned process) {
+    if (reported == process) return;
+    reported = process;
     if (process == 0) return onChange(std::nullopt);
     const QByteArray name = processName(process);
     const auto* const known = std::ranges::find_if(

@@ -34,12 +34,12 @@ private:
     void askWhetherRegistered();
     void askProcess(const QDBusMessage& isRegistered);
     void found(const QDBusMessage& process);
-    void settle(unsigned process);
+    void report(unsigned process);
 
     const std::function<void(std::optional<Host>)> onChange;
     QDBusConnection bus;
     QDBusServiceWatcher ownership;
     QTimer question;  ///< Its slot `start` is what the bus's signals are connected to.
     std::unique_ptr<QDBusPendingCallWatcher> answer;
-    std::optional<unsigned> settled;  ///< The process that `onChange` was told of, 0 for none.
+    std::optional<unsigned> reported;  ///< The process that `onChange` was told of, 0 for none.
 };
