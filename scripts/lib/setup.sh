@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Shared by the scripts beside this folder: installs, configures and builds. Nothing here writes to standard
-# output, which belongs to the program that is run.
+# For scripts: installs, configures and builds. Nothing here writes to standard output, which
+# belongs to the program that is run.
 
 root=$(CDPATH='' cd -- "${BASH_SOURCE[0]%/*}/../.." && pwd -P) || exit
 # shellcheck source=scripts/lib/packages.sh
@@ -8,7 +8,7 @@ source "$root/scripts/lib/packages.sh"
 
 say() { printf '%s\n' "$*" >&2; }
 
-# One set-up at a time, so that two commands started together don't build over each other.
+# One build at a time: two commands started together must not write the same files.
 lockBuild() {
     { mkdir -p "$root/build" && touch "$root/build/.lock"; } 2>/dev/null ||
         { say "This needs to write in $root/build. Does it belong to another user?" && return 1; }
@@ -19,10 +19,11 @@ unlockBuild() { exec 9>&-; }
 
 programsPresent() { type -P "$@" >/dev/null; }
 
-# The packages of the arguments that dpkg doesn't have.
+# missingPackages <name…>: those that are not installed.
 missingPackages() {
     local installed wanted alternatives name
-    installed=" $(dpkg-query -W -f '${db:Status-Abbrev}|${Package} ' "${@//[|?]*/}" "${@//*|/}" 2>/dev/null) "
+    installed=" $(dpkg-query -W -f '${db:Status-Abbrev}|${Package} ' \
+        "${@//[|?]*/}" "${@//*|/}" 2>/dev/null) "
     for wanted in "$@"; do
         IFS='|?' read -ra alternatives <<<"$wanted"
         for name in "${alternatives[@]}"; do
@@ -33,19 +34,19 @@ missingPackages() {
     done
 }
 
-# offeredPackages <name…>: the same without those that this system may lack and does lack.
+# offeredPackages <name…>: the same without the optional ones that this system does not have.
 offeredPackages() {
     local name
     for name in "$@"; do
         if [[ $name == *\? && ! $(apt-cache show "${name%\?}" 2>/dev/null) ]]; then
-            say "This system has no package ${name%\?}: what needs it is left out"
+            say "This system has no package ${name%\?}; what needs it is left out"
         else
             printf '%s\n' "${name%\?}"
         fi
     done
 }
 
-# mayInstall: as root, or by sudo, which may ask for a password where there is somebody to ask.
+# mayInstall: whether we are root, or sudo works. It may ask for a password if there is a terminal.
 mayInstall() {
     ((EUID == 0)) && return
     programsPresent sudo || return
@@ -58,7 +59,8 @@ aptGet() {
     "${asRoot[@]}" apt-get -o DPkg::Lock::Timeout=300 -y -q "$@" </dev/null 9>&-
 }
 
-# The timeout above does not cover the lock of the package lists, which a machine that has just started holds.
+# Updates the package lists. The timeout above does not cover their lock, which a machine that has
+# just started holds.
 updateLists() {
     for _ in {1..60}; do
         LC_ALL=C aptGet update >"$root/build/apt.log" 2>&1 && return
@@ -74,9 +76,10 @@ installPackages() {
     return 1
 }
 
-# setUp <command>: afterwards the programs of the command are there, or it has been said what to do. Libraries may be
-# there without their packages, so where those can't be installed, "advice" waits until the configuration fails. A stamp
-# spares the question to dpkg as long as the list did not change and the programs can be found.
+# setUp <command>: installs what the command needs, or fails and says what to do. Libraries may
+# exist without their packages, so where packages can't be installed, "advice" is kept until
+# configuring fails. While the stamp is newer than the lists and the programs exist, dpkg is not
+# asked.
 setUp() {
     local -n packages=${1}Packages programs=${1}Programs
     local missing may=
@@ -102,7 +105,7 @@ docs/install.md has the names that other distributions use."
     return 1
 }
 
-# logged <log> <command…>: the output goes to the log. The first step of a build that has work to do is announced.
+# logged <log> <command…>: writes the output to the log, and says when a build begins.
 logged() {
     local log=$1 line said=
     shift
@@ -113,7 +116,7 @@ logged() {
     return "${PIPESTATUS[0]}"
 }
 
-# configured <preset> [-D…]: whether that was done for this very tree, with these settings among others.
+# configured <preset> [-D…]: whether the preset is configured for this tree with these settings.
 configured() {
     local dir="$root/build/$1" cache setting
     [[ $dir/.configured -nt $root/CMakePresets.json && -f $dir/build.ninja ]] || return
@@ -123,7 +126,7 @@ configured() {
     done
 }
 
-# configure <command> <preset> [-D…:BOOL=…]: later changes of the CMake files are noticed by the build itself.
+# configure <command> <preset> [-D…:BOOL=…]: the build itself notices later changes of CMake files.
 configure() {
     local command=$1 preset=$2
     local dir="$root/build/$preset"
@@ -131,7 +134,7 @@ configure() {
     [[ -n ${CI:-} ]] && set -- "$@" -DQUILLET_WARNINGS_AS_ERRORS:BOOL=ON
     configured "$preset" "$@" && return
     mkdir -p "$dir" || return
-    # The second try is for a cache of a tree that was moved, and for packages removed since they were stamped.
+    # The second try helps if the tree was moved, or if packages were removed after the stamp.
     if ! logged "$dir/configure.log" cmake -S "$root" --preset "$preset" "$@"; then
         rm -f "$stamp"
         setUp "$command" || return
@@ -161,6 +164,7 @@ build() {
 prepare() {
     local command=$1 preset=$2 target=$3
     shift 3
-    lockBuild && setUp "$command" && configure "$command" "$preset" "$@" && build "$preset" "$target" || return
+    lockBuild && setUp "$command" && configure "$command" "$preset" "$@" &&
+        build "$preset" "$target" || return
     unlockBuild
 }
