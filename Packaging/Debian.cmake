@@ -1,4 +1,4 @@
-# The Debian packages, made by cpack from a build whose prefix is theirs: one per component.
+# The Debian packages, one per component. cpack makes them from a build with the prefix /usr.
 set(packages quillet)
 if(QUILLET_DESKTOP)
     list(APPEND packages quillet-desktop)
@@ -6,13 +6,18 @@ endif()
 
 file(STRINGS debian/changelog newest LIMIT_COUNT 1)
 if(NOT newest MATCHES "^quillet \\(${PROJECT_VERSION}-([0-9]+)\\)")
-    message(FATAL_ERROR "Packaging/debian/changelog does not begin with version ${PROJECT_VERSION}: ${newest}")
+    message(FATAL_ERROR
+        "Packaging/debian/changelog does not begin with version ${PROJECT_VERSION}: ${newest}")
 endif()
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_1})
 compress(debian/changelog changelog.Debian)
 foreach(package ${packages})
-    installFor(${package} share/doc/${package} debian/copyright ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz)
-    installFor(${package} share/lintian/overrides debian/${package}.lintian-overrides RENAME ${package})
+    installFor(${package} share/doc/${package}
+        debian/copyright ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz
+    )
+    installFor(${package} share/lintian/overrides
+        debian/${package}.lintian-overrides RENAME ${package}
+    )
 endforeach()
 
 set(CPACK_GENERATOR DEB)
@@ -42,14 +47,14 @@ This package has the command, for prompts, status bars, scripts and servers.")
 set(version "${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
 set(CPACK_DEBIAN_QUILLET-DESKTOP_PACKAGE_NAME quillet-desktop)
 set(CPACK_DEBIAN_QUILLET-DESKTOP_PACKAGE_DEPENDS "quillet (= ${version})")
-# On Wayland one of them is needed; windows can be placed only with the former.
+# On Wayland one of them is needed. Only with the first can windows be placed.
 set(CPACK_DEBIAN_QUILLET-DESKTOP_PACKAGE_RECOMMENDS "xwayland | qt6-wayland")
 set(CPACK_DEBIAN_QUILLET-DESKTOP_DESCRIPTION "usage of AI coding assistants, on the desktop
 ${about}
 .
 This package has the application: an item in the tray with a panel, and a bar
 that floats above all windows.")
-# What the administrator changed of the autostart entry stays at an upgrade.
+# Upgrades keep an administrator's changes of the autostart entry.
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/conffiles "/etc/xdg/autostart/${id}.desktop\n")
 set(CPACK_DEBIAN_QUILLET-DESKTOP_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/conffiles)
 

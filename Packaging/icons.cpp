@@ -1,5 +1,4 @@
-// quillet-icons <file…>: draws the application's icon into each, with the program's own palette and
-// painter: a level bar per provider.
+// quillet-icons <file…>: draws the application's icon, a level bar per provider, into each file.
 #include <QGuiApplication>
 #include <QPainter>
 #include <QSvgGenerator>
@@ -20,16 +19,16 @@ constexpr double scalableSize = 128;
 constexpr struct {
     Color left = Color::grey(0.19);
     Color right = Color::grey(0.09);
-    double radius = 0.22;  // this and the following of the icon's side
+    double radius = 0.22;  // this and the next lengths: in parts of the icon's side
     double barHeight = 0.14;
     double gap = 0.06;
     double barInset = 0.13;
     double trackAlpha = 0.14;
     double lightening = 0.3;
-    double fills[4] = {0.8, 0.5, 1, 0.3};  // of a bar, from the top
+    double fills[4] = {0.8, 0.5, 1, 0.3};  // of each bar, from the top
 } icon;
 
-/// At least one whole pixel, since small icons are blurred by fractions.
+/// A whole number of pixels, at least one: fractions blur small icons.
 double pixels(double share, double side) {
     return std::max(1.0, std::round(share * side));
 }
@@ -68,7 +67,7 @@ bool writePNG(const std::filesystem::path& path, int size) {
 bool writeSVG(const std::filesystem::path& path) {
     QSvgGenerator generator;
     generator.setFileName(QString::fromStdString(path.string()));
-    generator.setResolution(96);  // by which it turns the size into millimetres
+    generator.setResolution(96);  // Qt computes the size in millimetres from it
     generator.setSize(QSize(int(scalableSize), int(scalableSize)));
     generator.setViewBox(QRectF(0, 0, scalableSize, scalableSize));
     generator.setTitle(QStringLiteral("Quillet"));
@@ -80,7 +79,7 @@ bool writeSVG(const std::filesystem::path& path) {
     return true;
 }
 
-/// As large as the name says, "48.png", or scalable.
+/// The name is the size in pixels, "48.png", or ends in ".svg".
 bool write(const std::filesystem::path& path) {
     return path.extension() == ".svg" ? writeSVG(path)
                                       : writePNG(path, std::atoi(path.stem().c_str()));

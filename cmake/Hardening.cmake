@@ -1,12 +1,12 @@
-# What makes a fault in a program that parses foreign files and replies harder to exploit. Debug builds and
-# sanitizers go without: fortified functions need the optimizer, and the sanitizers have their own.
+# Makes faults harder to exploit, as the program parses foreign files and replies. Debug builds and
+# sanitizers do without: fortified functions need the optimizer, and sanitizers have their own.
 include(CheckCXXCompilerFlag)
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 
 set(optimized $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
 foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
-    string(MAKE_C_IDENTIFIER "QUILLET_HAS${flag}" known)  # the last is of some processors only
+    string(MAKE_C_IDENTIFIER "QUILLET_HAS${flag}" known)  # some processors lack the last
     check_cxx_compiler_flag(${flag} ${known})
     if(${known})
         add_compile_options($<${optimized}:${flag}>)
