@@ -1,9 +1,8 @@
-// OpenCode reports no allowance; the share shown is that of a fixed token budget for five hours.
-// Its tool may be writing to the database at the same moment.
+// OpenCode reports no allowance, so the percentage is of a fixed token budget for five hours. Its
+// tool may write to the database at the same time.
 #include "Providers/OpenCodeProvider.h"
 
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -16,13 +15,12 @@
 
 namespace {
 
-constexpr const char* folder = "~/.local/share/opencode";
+constexpr const char* dataDirectory = "~/.local/share/opencode";
 constexpr double windowLength = 18000;      // seconds
 constexpr double windowBudget = 3'000'000;  // tokens
-constexpr double highestPercent = 100;
-constexpr std::chrono::seconds patience(
-    3);  // with a database that is huge, or a view made to have no end
-constexpr int stepsBetweenLooks = 100'000;  // of SQLite's machine, at the clock
+constexpr double maxPercent = 100;
+constexpr std::chrono::seconds queryTimeout(3);  // the database may be huge, or an endless view
+constexpr int stepsPerCheck = 100'000;           // of SQLite's virtual machine
 
 constexpr const char* tokenSum =
     "SELECT COALESCE(SUM(\n"
@@ -38,19 +36,6 @@ using Database =
 using Statement =
     std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* s) { sqlite3_finalize(s); })>;
 
-int leaveOwner(int, uid_t, gid_t) {
-    return 0;
-}
-
-/// Run by root, SQLite would give a database's companions the owner of the database.
-void keepOwners() {
-    [[maybe_unused]] static const int kept = [] {
-        sqlite3_vfs* const files = sqlite3_vfs_find(nullptr);
-        return files->xSetSystemCall(files, "fchown",
-                                     reinterpret_cast<sqlite3_syscall_ptr>(leaveOwner));
-    }();
-}
-
 Database open(const std::string& path, const char* mode) {
     std::string escaped = Text::replacing(path, "%", "%25");
     escaped = Text::replacing(Text::replacing(escaped, "?", "%3f"), "#", "%23");
@@ -63,9 +48,9 @@ Database open(const std::string& path, const char* mode) {
     return code == SQLITE_OK ? std::move(database) : nullptr;
 }
 
-/// Whether the database keeps its changes in a write-ahead log: bytes 18 and 19 of its header, the
-/// file format's write and read versions, are then 2. Read through SQLite's own descriptor: closing
-/// another one would drop the locks that a collection on another thread holds.
+/// Whether bytes 18 and 19 of the database's header, the file format's versions, say that it has a
+/// write-ahead log. Read through SQLite's descriptor: closing one of ours would drop the locks that
+/// another thread holds through SQLite.
 bool usesWriteAheadLog(sqlite3* database) {
     sqlite3_file* file = nullptr;
     sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, static_cast<void*>(&file));
@@ -77,7 +62,7 @@ bool usesWriteAheadLog(sqlite3* database) {
 
 struct Companion {
     bool exists;
-    bool usable;  // opening anything but a regular file could wait for ever
+    bool usable;  // absent or a regular file; opening a FIFO could wait forever
     bool empty;
 };
 
@@ -89,17 +74,15 @@ Companion companion(const std::string& path) {
     return {exists, !exists || regular, !regular || std::filesystem::file_size(path, error) == 0};
 }
 
-int hasCome(void* deadline) {
+int hasPassed(void* deadline) {
     return std::chrono::steady_clock::now() >=
            *static_cast<std::chrono::steady_clock::time_point*>(deadline);
 }
 
-/// Even over a read-only connection, SQLite would create the write-ahead log and its index where
-/// they are missing, and write read marks into an index that is there. So an index is only read as
-/// it stands, and a database without a log, or with an empty one that nobody has open, is read as
-/// complete in itself.
+/// Even a read-only connection creates a write-ahead log or index that is missing, and writes read
+/// marks into the index. So the index is opened read-only, and a database whose log is missing, or
+/// empty and not in use, is read without one.
 Database openForReading(const std::string& path) {
-    keepOwners();
     const Companion database = companion(path);
     const Companion log = companion(path + "-wal");
     const Companion index = companion(path + "-shm");
@@ -118,8 +101,8 @@ Database openForReading(const std::string& path) {
 std::optional<std::int64_t> OpenCodeProvider::tokensInLastFiveHours(const std::string& dbPath) {
     const Database database = openForReading(dbPath);
     if (!database) return std::nullopt;
-    auto deadline = std::chrono::steady_clock::now() + patience;
-    sqlite3_progress_handler(database.get(), stepsBetweenLooks, hasCome, &deadline);
+    auto deadline = std::chrono::steady_clock::now() + queryTimeout;
+    sqlite3_progress_handler(database.get(), stepsPerCheck, hasPassed, &deadline);
 
     sqlite3_stmt* prepared = nullptr;
     sqlite3_prepare_v2(database.get(), tokenSum, -1, &prepared, nullptr);
@@ -135,7 +118,7 @@ std::optional<std::int64_t> OpenCodeProvider::tokensInLastFiveHours(const std::s
 
 UsageSnapshot OpenCodeProvider::collect() const {
     UsageSnapshot snapshot(Provider::opencode);
-    const std::string dir = HomeDirectory::expanding(folder);
+    const std::string dir = HomeDirectory::expanding(dataDirectory);
     if (!LocalFiles::exists(dir)) {
         snapshot.error = UsageSnapshot::notInstalled;
         return snapshot;
@@ -148,7 +131,7 @@ UsageSnapshot OpenCodeProvider::collect() const {
     const auto tokens = tokensInLastFiveHours(dir + "/opencode.db");
     if (tokens && *tokens >= 1) {
         snapshot.dailyPercent =
-            std::min(static_cast<double>(*tokens) / windowBudget * 100, highestPercent);
+            std::min(static_cast<double>(*tokens) / windowBudget * 100, maxPercent);
     }
     return snapshot;
 }

@@ -33,17 +33,25 @@ private:
     FILE* process;
 };
 
-/// The sum, which must come without a change to any file and be the same for a user who owns none
-/// of them.
+/// What a read may not change. As root, SQLite gives the companions the database's owner, which
+/// sets their ctime even if they have it already.
+nlohmann::json state() {
+    auto all = TemporaryHome::tree();
+    for (auto& file : all)
+        if (geteuid() == 0) file["ctime"] = 0;
+    return all;
+}
+
+/// The sum, which must be the same for a user who owns none of the files.
 std::string sumOf(const std::string& path) {
-    const auto before = TemporaryHome::tree();
     std::string sums[2];
     for (auto& text : sums) {
+        const auto before = state();
         const auto sum = OpenCodeProvider::tokensInLastFiveHours(path);
+        EXPECT_EQ(state(), before);
         text = sum ? std::to_string(*sum) : "absent";
         EXPECT_EQ(seteuid(getuid() == 0 && geteuid() == 0 ? 65534 : getuid()), 0);
     }
-    EXPECT_EQ(TemporaryHome::tree(), before);
     return sums[0] == sums[1] ? sums[0] : sums[0] + " or " + sums[1];
 }
 

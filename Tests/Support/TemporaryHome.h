@@ -74,15 +74,13 @@ public:
         const auto add = [&all](const std::string& file) {
             struct stat is {};
             lstat(file.c_str(), &is);
-            all[file] = {is.st_ino,
-                         is.st_mode,
-                         is.st_uid,
-                         is.st_gid,
-                         is.st_mtime,
-                         is.st_mtim.tv_nsec,
-                         is.st_ctime,
-                         is.st_ctim.tv_nsec,
-                         S_ISREG(is.st_mode) ? std::hash<std::string>()(textOf(file)) : 0};
+            all[file] = {
+                {"inode", is.st_ino},
+                {"mode", is.st_mode},
+                {"owner", {is.st_uid, is.st_gid}},
+                {"mtime", {is.st_mtime, is.st_mtim.tv_nsec}},
+                {"ctime", {is.st_ctime, is.st_ctim.tv_nsec}},
+                {"content", S_ISREG(is.st_mode) ? std::hash<std::string>()(textOf(file)) : 0}};
         };
         add(path());
         for (const auto& entry : std::filesystem::recursive_directory_iterator(path()))
