@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr const char* version = "Quillet 2.0.0 by ZENDRIK\n";
+constexpr const char* versionLine = "Quillet " QUILLET_VERSION " by ZENDRIK\n";
 
 constexpr const char* usage =
     "Quillet by ZENDRIK\n"
@@ -54,25 +54,23 @@ std::string outPath(const Arguments& arguments) {
     return given ? *(option + 1) : "/tmp/quillet-" + arguments.front() + ".png";
 }
 
-constexpr const char* moduleName =
-    "libquillet-desktop.so";  // found through the run path of the executable
+constexpr const char* moduleName = "libquillet-desktop.so";  // in the executable's run path
 
-/// Why the module, or the operation in it, is not to be had, by the name of what the loader missed
-/// first.
-void sayWhy(std::string_view reason) {
+/// `reason` begins with the name of the library that dlopen missed.
+void reportMissingModule(std::string_view reason) {
     const bool isModule = reason.starts_with(moduleName);
     const std::string message =
         isModule ? "is not installed" : std::string("can't be loaded: ").append(reason);
     std::fprintf(stderr, "quillet: the desktop half %s\n", message.c_str());
 }
 
-/// An operation of the desktop half, which only the commands that need it load, so that the others
-/// neither need the toolkit nor wait for it. Without it, says so and returns nothing.
+/// A function of the desktop half, which is loaded only here: other commands must run without Qt,
+/// and start faster without it. Reports an error and returns null if there is no such function.
 template <typename Operation>
 Operation desktopOperation(const char* name) {
     void* const module = dlopen(moduleName, RTLD_NOW | RTLD_LOCAL);
     void* const operation = module ? dlsym(module, name) : nullptr;
-    if (!operation) sayWhy(dlerror());
+    if (!operation) reportMissingModule(dlerror());
     return reinterpret_cast<Operation>(operation);
 }
 
@@ -101,7 +99,7 @@ int main(int argc, char** argv) {
     } else if (command == "watch") {
         watch();
     } else if (command == "version" || command == "--version") {
-        std::fputs(version, stdout);
+        std::fputs(versionLine, stdout);
     } else {
         std::fputs(usage, stdout);
     }
