@@ -1,103 +1,71 @@
 #include "Support/ISO8601.h"
 
+#include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 
 namespace {
 
 using namespace std::chrono;
 
-/// Reads one text from left to right. The first thing that isn't as asked for spoils the whole.
-class Scanner {
-public:
-    explicit Scanner(std::string_view text) : rest(text) {}
+/// Whether `text` is of this shape, in which d stands for a digit and + for a sign.
+bool matches(std::string_view text, std::string_view shape) {
+    return std::ranges::equal(text, shape, [](char c, char expected) {
+        if (expected == 'd') return c >= '0' && c <= '9';
+        return c == expected || (expected == '+' && c == '-');
+    });
+}
 
-    int digits(std::size_t count) {
-        int value = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            if (!isDigit()) return spoil();
-            value = value * 10 + (rest.front() - '0');
-            rest.remove_prefix(1);
-        }
-        return value;
-    }
+int number(std::string_view digits) {
+    int value = 0;
+    for (const char digit : digits)
+        value = value * 10 + (digit - '0');
+    return value;
+}
 
-    /// Digits after a decimal point, as a part of one.
-    double fraction() {
-        double value = 0;
-        double unit = 0.1;
-        if (!isDigit()) spoil();
-        for (; isDigit(); rest.remove_prefix(1), unit /= 10)
-            value += (rest.front() - '0') * unit;
-        return value;
-    }
-
-    bool skip(char expected) {
-        if (rest.empty() || rest.front() != expected) return false;
-        rest.remove_prefix(1);
-        return true;
-    }
-
-    void require(char expected) {
-        if (!skip(expected)) spoil();
-    }
-
-    int spoil() {
-        spoiled = true;
-        return 0;
-    }
-
-    bool isDigit() const { return !rest.empty() && rest.front() >= '0' && rest.front() <= '9'; }
-    bool finished() const { return !spoiled && rest.empty(); }
-
-private:
-    std::string_view rest;
-    bool spoiled = false;
-};
+/// The value of a decimal point and digits, 0 for nothing.
+std::optional<double> fraction(std::string_view text) {
+    double value = 0;
+    if (text.empty()) return value;
+    const auto [end, error] = std::from_chars(text.begin(), text.end(), value);
+    const bool whole = text.front() == '.' && error == std::errc() && end == text.end();
+    return whole ? std::optional(value) : std::nullopt;
+}
 
 /// Seconds that the zone designator is ahead of UTC.
-double zoneOffset(Scanner& scanner) {
-    if (scanner.skip('Z')) return 0;
-    const double sign = scanner.skip('-') ? -1 : 1;
-    if (sign > 0) scanner.require('+');
-    const int hour = scanner.digits(2);
-    const bool minutesFollow = scanner.skip(':') || scanner.isDigit();
-    const int minute = minutesFollow ? scanner.digits(2) : 0;
-    if (hour > 23 || minute > 59) scanner.spoil();
-    return sign * (hour * 3600 + minute * 60);
-}
-
-double timeOfDay(Scanner& scanner) {
-    const int hour = scanner.digits(2);
-    scanner.require(':');
-    const int minute = scanner.digits(2);
-    scanner.require(':');
-    const int second = scanner.digits(2);
-    if (hour > 23 || minute > 59 || second > 60) scanner.spoil();  // 60: a leap second
-    return hour * 3600 + minute * 60 + second + (scanner.skip('.') ? scanner.fraction() : 0);
-}
-
-year_month_day date(Scanner& scanner) {
-    const year y(scanner.digits(4));
-    scanner.require('-');
-    const month m(static_cast<unsigned>(scanner.digits(2)));
-    scanner.require('-');
-    const year_month_day date(y, m, day(static_cast<unsigned>(scanner.digits(2))));
-    if (!date.ok()) scanner.spoil();
-    return date;
+std::optional<int> zoneOffset(std::string_view zone) {
+    if (zone == "Z") return 0;
+    if (!matches(zone, "+dd:dd") && !matches(zone, "+dddd") && !matches(zone, "+dd"))
+        return std::nullopt;
+    const int hour = number(zone.substr(1, 2));
+    const int minute = zone.size() > 3 ? number(zone.substr(zone.size() - 2)) : 0;
+    if (hour > 23 || minute > 59) return std::nullopt;
+    return (zone.front() == '-' ? -60 : 60) * (hour * 60 + minute);
 }
 
 }  // namespace
 
 std::optional<Instant> ISO8601::parse(std::string_view text) {
-    Scanner scanner(text);
-    const year_month_day day = date(scanner);
-    scanner.require('T');
-    const double time = timeOfDay(scanner);
-    const double offset = zoneOffset(scanner);
-    if (!scanner.finished()) return std::nullopt;
-    return duration<Instant>(sys_days(day).time_since_epoch()).count() + time - offset;
+    constexpr std::string_view shape = "dddd-dd-ddTdd:dd:dd";
+    if (!matches(text.substr(0, shape.size()), shape)) return std::nullopt;
+    const auto part = [&](std::size_t at) { return number(text.substr(at, 2)); };
+    const auto day = year(100 * part(0) + part(2)) / part(5) / part(8);
+    const int hour = part(11);
+    const int minute = part(14);
+    const int second = part(17);
+
+    text.remove_prefix(shape.size());
+    const auto zoneAt = std::min(text.find_first_not_of(".0123456789"), text.size());
+    const auto secondFraction = fraction(text.substr(0, zoneAt));
+    const auto offset = zoneOffset(text.substr(zoneAt));
+    constexpr int leapSecond = 60;
+    if (!day.ok() || hour > 23 || minute > 59 || second > leapSecond || !secondFraction || !offset)
+        return std::nullopt;
+    const auto time = sys_days(day) + hours(hour) + minutes(minute) + seconds(second - *offset);
+    return duration<Instant>(time.time_since_epoch()).count() + *secondFraction;
 }
 
 std::optional<std::string> ISO8601::format(Instant instant) {
@@ -105,12 +73,11 @@ std::optional<std::string> ISO8601::format(Instant instant) {
     constexpr Instant yearTenThousand = 253402300800;
     if (!(instant >= yearZero && instant < yearTenThousand)) return std::nullopt;
 
-    const sys_seconds moment{seconds(static_cast<std::int64_t>(std::floor(instant)))};
-    const year_month_day day(floor<days>(moment));
-    const hh_mm_ss time(moment - floor<days>(moment));
-    char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", int(day.year()),
-                  unsigned(day.month()), unsigned(day.day()), int(time.hours().count()),
-                  int(time.minutes().count()), int(time.seconds().count()));
+    const auto seconds = static_cast<std::time_t>(std::floor(instant));
+    std::tm time{};
+    gmtime_r(&seconds, &time);
+    char text[80];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ", time.tm_year + 1900,
+                  time.tm_mon + 1, time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
     return text;
 }

@@ -9,8 +9,8 @@
 /// Internet date-times such as 2025-06-01T12:00:00Z.
 namespace ISO8601 {
 
-/// A full date-time with "Z" or a numeric offset, its seconds with or without a fraction; absent
-/// for other text.
+/// A full date-time with "Z" or a numeric offset; its seconds may have a fraction. Absent for any
+/// other string.
 std::optional<Instant> parse(std::string_view text);
 
 /// The instant in UTC with whole seconds; absent outside the years 0 to 9999.
