@@ -13,7 +13,7 @@ namespace {
 
 std::string windowText(const char* name, std::optional<double> percent,
                        std::optional<Instant> resetAt) {
-    std::string text = name + UsageFormat::percentText(percent);
+    std::string text = std::string(name) + " " + UsageFormat::percentText(percent);
     if (resetAt) text += " (resets " + UsageFormat::resetText(*resetAt) + ")";
     return text;
 }
@@ -23,9 +23,10 @@ std::string figures(const UsageSnapshot& snapshot) {
     if (const auto model = ModelNaming::combined(snapshot.modelLabel, snapshot.effortLabel))
         text += " " + *model;
     if (snapshot.planLabel) text += " [" + *snapshot.planLabel + "]";
-    text += windowText(" 5h ", snapshot.dailyPercent, snapshot.dailyResetAt);
-    text += windowText(" · Wk ", snapshot.weeklyPercent, snapshot.weeklyResetAt);
-    return text;
+    return text + " " +
+           windowText(UsageFormat::shortWindow, snapshot.dailyPercent, snapshot.dailyResetAt) +
+           " · " +
+           windowText(UsageFormat::longWindow, snapshot.weeklyPercent, snapshot.weeklyResetAt);
 }
 
 /// Labels come from files and replies; none of them may move the terminal's cursor or break the

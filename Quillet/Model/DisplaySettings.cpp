@@ -8,18 +8,6 @@ constexpr const char* key = "enabledSurfaces";
 
 }  // namespace
 
-std::string_view DisplaySurface::rawValue() const {
-    switch (value) {
-    case menuBar:
-        return "menuBar";
-    case floatingBar:
-        return "floatingBar";
-    case touchBar:
-        return "touchBar";
-    }
-    return {};
-}
-
 std::optional<DisplaySurface> DisplaySurface::fromRawValue(std::string_view text) {
     for (const DisplaySurface surface : allCases()) {
         if (surface.rawValue() == text) return surface;
@@ -28,9 +16,9 @@ std::optional<DisplaySurface> DisplaySurface::fromRawValue(std::string_view text
 }
 
 DisplaySettings DisplaySettings::load(bool hasTouchBar) {
+    const auto stored = UserDefaults::textArray(key).value_or(std::vector<std::string>());
     DisplaySettings settings;
-    for (const std::string& text :
-         UserDefaults::textArray(key).value_or(std::vector<std::string>())) {
+    for (const std::string& text : stored) {
         if (const auto surface = DisplaySurface::fromRawValue(text))
             settings.surfaces.insert(*surface);
     }

@@ -14,27 +14,28 @@ public:
     constexpr DisplaySurface(Case value) : value(value) {}
     constexpr operator Case() const { return value; }
 
-    static constexpr std::array<DisplaySurface, 3> allCases();
+    static constexpr std::array<DisplaySurface, 3> allCases() {
+        return {menuBar, floatingBar, touchBar};
+    }
 
-    std::string_view rawValue() const;  ///< As stored, for example "menuBar".
+    /// As stored, for example "menuBar".
+    constexpr std::string_view rawValue() const { return rawValues[value]; }
 
     /// Exact match only, case included.
     static std::optional<DisplaySurface> fromRawValue(std::string_view text);
 
 private:
+    static constexpr std::string_view rawValues[] = {"menuBar", "floatingBar", "touchBar"};
+
     Case value;
 };
-
-constexpr std::array<DisplaySurface, 3> DisplaySurface::allCases() {
-    return {menuBar, floatingBar, touchBar};
-}
 
 /// The surfaces that the user has switched on, kept in the user defaults.
 struct DisplaySettings {
     std::set<DisplaySurface> surfaces;
 
-    /// The stored choice as it stands; without a usable one, the menu bar with the Touch Bar or, on
-    /// a machine that has none, with the floating bar. A stored empty choice counts as none.
+    /// The stored choice. Without a usable one, or if it is empty, the menu bar with the Touch Bar
+    /// or, on a machine that has none, with the floating bar.
     static DisplaySettings load(bool hasTouchBar);
 
     void save() const;

@@ -13,18 +13,18 @@ public:
     constexpr Provider(Case value) : value(value) {}
     constexpr operator Case() const { return value; }
 
-    static constexpr std::array<Provider, 4> allCases();
+    static constexpr std::array<Provider, 4> allCases() {
+        return {claude, codex, gemini, opencode};
+    }
 
     /// The name as users see it, for example "OpenCode".
-    std::string_view rawValue() const;
+    constexpr std::string_view rawValue() const { return rawValues[value]; }
 
     /// Exact match only, case included.
     static std::optional<Provider> fromRawValue(std::string_view text);
 
 private:
+    static constexpr std::string_view rawValues[] = {"Claude", "Codex", "Gemini", "OpenCode"};
+
     Case value;
 };
-
-constexpr std::array<Provider, 4> Provider::allCases() {
-    return {claude, codex, gemini, opencode};
-}

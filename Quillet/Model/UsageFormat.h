@@ -5,9 +5,11 @@
 
 #include "Platform/Clock.h"
 
-/// The two short texts that every surface shows for a usage window.
+/// The short texts that every surface shows for a usage window.
 namespace UsageFormat {
 
+inline constexpr const char* shortWindow = "5h";
+inline constexpr const char* longWindow = "Wk";
 inline constexpr const char* now = "now";  ///< The reset text of an instant that has come.
 
 /// Whole percent, halves away from zero: "42%". "—" when absent, not finite or beyond 64 bits.

@@ -37,17 +37,7 @@ constexpr struct {
     Color donateColor{0.55, 0.7, 1.0};
 } actionRow;
 
-const char* surfaceLabel(DisplaySurface surface) {
-    switch (surface) {
-    case DisplaySurface::menuBar:
-        return "Menu Bar";
-    case DisplaySurface::floatingBar:
-        return "Floating";
-    case DisplaySurface::touchBar:
-        return "Touch Bar";
-    }
-    return "";
-}
+constexpr const char* surfaceLabels[] = {"Menu Bar", "Floating", "Touch Bar"};
 
 FlatButton::Look tileLook(Provider provider, bool visible) {
     const Color accent = Palette::accent(provider);
@@ -58,7 +48,7 @@ FlatButton::Look tileLook(Provider provider, bool visible) {
 
 FlatButton::Look surfaceLook(DisplaySurface surface, bool on, bool enabled) {
     const Color switched = on ? surfaceRow.on : Color::white(surfaceRow.offAlpha);
-    return {(on ? "● " : "○ ") + std::string(surfaceLabel(surface)), surfaceRow.font,
+    return {(on ? "● " : "○ ") + std::string(surfaceLabels[surface]), surfaceRow.font,
             enabled ? switched : Color::white(surfaceRow.disabledAlpha)};
 }
 
@@ -103,7 +93,8 @@ void PanelView::rebuildProviderButtons() {
     }
     for (const DisplaySurface surface : DisplaySurface::allCases()) {
         FlatButton*& button = surfaceButtons[surface];
-        if (!button) button = addToggle(surface, surfaceLabel(surface), &PanelView::surfaceToggled);
+        if (!button)
+            button = addToggle(surface, surfaceLabels[surface], &PanelView::surfaceToggled);
     }
 }
 

@@ -9,7 +9,7 @@
 #include "Rendering/ModelTag.h"
 #include "Rendering/Palette.h"
 #include "Rendering/ProviderChip.h"
-#include "Rendering/StatusDot.h"
+#include "Rendering/ProviderName.h"
 #include "Rendering/UsageGauge.h"
 
 namespace {
@@ -52,19 +52,13 @@ constexpr struct {
     double separatorAlpha = 0.05;
     double chip = 30;
     double textX = 56;
-    TextStyle name{13, FontWeight::semibold};
+    ProviderName name{
+        .font = {13, FontWeight::semibold}, .dotGap = 6, .dotRise = 5, .dot = 6, .glowRadius = 3.5};
     double nameY = 4;
     double disconnectedName = 0.6;
-    double dotGap = 6;
-    double dotY = 9;
-    double dot = 6;
-    double dotGlowRadius = 3.5;
     double disconnectedDot = 0.25;
     double tagY = -14;
-    double gaugeX = 188;
-    double gaugeHeight = 16;
-    double upperGaugeY = 2;
-    double lowerGaugeY = -18;
+    Rect gauge{188, 2, 188, 16};  // of the upper one
     TextStyle message{10.5, FontWeight::regular};
     double messageY = -6;
 } row;
@@ -73,27 +67,9 @@ bool isConnected(const PanelView::Entry& entry) {
     return entry.snapshot && entry.snapshot->connected;
 }
 
-void drawNameAndDot(Canvas& canvas, const PanelView::Entry& entry, double midY) {
-    const bool connected = isConnected(entry);
-    const TextLine name(std::string(entry.provider.rawValue()), row.name);
-    canvas.draw(name, {row.textX, midY + row.nameY},
-                Color::white(connected ? 1 : row.disconnectedName));
-
-    const Rect dot{row.textX + name.width() + row.dotGap, midY + row.dotY, row.dot, row.dot};
-    const Color color = connected
-                            ? Palette::level(Palette::highestPercent(*entry.snapshot).value_or(0))
-                            : Color::white(row.disconnectedDot);
-    StatusDot::draw(canvas, dot, color, row.dotGlowRadius);
-}
-
-void drawGauges(Canvas& canvas, const UsageSnapshot& snapshot, double midY, double width) {
-    const auto rect = [&](double y) { return Rect{row.gaugeX, midY + y, width, row.gaugeHeight}; };
-    UsageGauge(UsageGauge::panel, "5h", snapshot.dailyPercent, snapshot.dailyResetAt,
-               rect(row.upperGaugeY))
-        .draw(canvas);
-    UsageGauge(UsageGauge::panel, "Wk", snapshot.weeklyPercent, snapshot.weeklyResetAt,
-               rect(row.lowerGaugeY))
-        .draw(canvas);
+Color dotColor(const PanelView::Entry& entry) {
+    if (!isConnected(entry)) return Color::white(row.disconnectedDot);
+    return Palette::level(Palette::highestPercent(*entry.snapshot).value_or(0));
 }
 
 void drawSectionLabel(Canvas& canvas, const char* text, double y) {
@@ -161,15 +137,17 @@ void PanelView::drawRow(Canvas& canvas, double y, const Entry& entry) const {
         Color::white(row.separatorAlpha));
     ProviderChip::draw(canvas, entry.provider,
                        {panel.margin, midY - row.chip / 2, row.chip, row.chip}, !connected);
-    drawNameAndDot(canvas, entry, midY);
+    row.name.draw(canvas, entry.provider, {row.textX, midY + row.nameY},
+                  Color::white(connected ? 1 : row.disconnectedName), dotColor(entry));
     if (const auto tag = entry.snapshot ? ModelTag::of(*entry.snapshot, connected) : std::nullopt) {
         tag->draw(canvas, ModelTag::panel, {row.textX, midY + row.tagY});
     }
     if (entry.snapshot && Palette::highestPercent(*entry.snapshot)) {
-        drawGauges(canvas, *entry.snapshot, midY, width() - panel.margin - row.gaugeX);
+        UsageGauge::drawBoth(canvas, UsageGauge::panel, *entry.snapshot,
+                             row.gauge.shifted(0, midY));
     } else {
         const StatusMessage message = StatusMessage::of(entry.provider, entry.snapshot);
-        canvas.draw(TextLine(message.text, row.message), {row.gaugeX, midY + row.messageY},
+        canvas.draw(TextLine(message.text, row.message), {row.gauge.x, midY + row.messageY},
                     message.color);
     }
 }

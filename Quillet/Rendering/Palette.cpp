@@ -3,32 +3,31 @@
 #include <algorithm>
 #include <cmath>
 
+namespace {
+
+constexpr struct {
+    const char* initials;
+    Color accent;
+    const char* signInHint;
+} providers[] = {
+    {"CL", {0.85, 0.47, 0.34}, "Run `claude` and sign in"},
+    {"CX", {0.35, 0.78, 0.98}, "Run `codex` and sign in"},
+    {"GM", {0.55, 0.55, 0.98}, "Run `gemini` and sign in"},
+    {"OC", {0.45, 0.85, 0.55}, "Run `opencode auth login`"},
+};
+
+}  // namespace
+
 std::string Palette::initials(Provider provider) {
-    switch (provider) {
-    case Provider::claude:
-        return "CL";
-    case Provider::codex:
-        return "CX";
-    case Provider::gemini:
-        return "GM";
-    case Provider::opencode:
-        return "OC";
-    }
-    return {};
+    return providers[provider].initials;
 }
 
 Color Palette::accent(Provider provider) {
-    switch (provider) {
-    case Provider::claude:
-        return {0.85, 0.47, 0.34};
-    case Provider::codex:
-        return {0.35, 0.78, 0.98};
-    case Provider::gemini:
-        return {0.55, 0.55, 0.98};
-    case Provider::opencode:
-        return {0.45, 0.85, 0.55};
-    }
-    return {};
+    return providers[provider].accent;
+}
+
+std::string Palette::signInHint(Provider provider) {
+    return providers[provider].signInHint;
 }
 
 Color Palette::level(double percent) {

@@ -6,7 +6,7 @@
 #include "Drawing/Color.h"
 #include "Model/UsageSnapshot.h"
 
-/// The texts and colours by which every surface tells providers and levels apart.
+/// The strings and colours by which every surface tells providers and levels apart.
 namespace Palette {
 
 inline constexpr Color orange{1.0, 0.62, 0.04};      ///< Of errors.
@@ -14,6 +14,7 @@ inline constexpr Color planGrey = Color::grey(0.6);  ///< Of a plan shown in a m
 
 std::string initials(Provider provider);  ///< Two letters.
 Color accent(Provider provider);
+std::string signInHint(Provider provider);
 
 /// Green below 50 percent, amber below 80, red from there on.
 Color level(double percent);

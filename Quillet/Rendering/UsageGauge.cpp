@@ -27,6 +27,8 @@ const GaugeStyle UsageGauge::strip{
     .trackAlpha = 0.12,
     .minimumFill = 4,
     .glowRadius = 4.5,
+    .rowHeight = 14,
+    .showsLongReset = false,
 };
 
 const GaugeStyle UsageGauge::panel{
@@ -44,7 +46,19 @@ const GaugeStyle UsageGauge::panel{
     .trackAlpha = 0.1,
     .minimumFill = 5,
     .glowRadius = 5,
+    .rowHeight = 20,
+    .showsLongReset = true,
 };
+
+void UsageGauge::drawBoth(Canvas& canvas, const GaugeStyle& style, const UsageSnapshot& snapshot,
+                          Rect upper) {
+    UsageGauge(style, UsageFormat::shortWindow, snapshot.dailyPercent, snapshot.dailyResetAt, upper)
+        .draw(canvas);
+    UsageGauge(style, UsageFormat::longWindow, snapshot.weeklyPercent,
+               style.showsLongReset ? snapshot.weeklyResetAt : std::nullopt,
+               upper.shifted(0, -style.rowHeight))
+        .draw(canvas);
+}
 
 UsageGauge::UsageGauge(const GaugeStyle& chosen, const std::string& name,
                        std::optional<double> value, std::optional<Instant> resetAt, Rect area)

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "Drawing/Canvas.h"
-#include "Platform/Clock.h"
+#include "Model/UsageSnapshot.h"
 
 /// Everything by which the gauges of two surfaces differ; lengths in points.
 struct GaugeStyle {
@@ -22,6 +22,8 @@ struct GaugeStyle {
     double trackAlpha;
     double minimumFill;
     double glowRadius;
+    double rowHeight;     ///< From the short window's gauge down to the long one's.
+    bool showsLongReset;  ///< Whether the long window's gauge has a reset text.
 };
 
 /// What one gauge shows, settled before it is painted.
@@ -29,6 +31,10 @@ class UsageGauge {
 public:
     static const GaugeStyle strip;
     static const GaugeStyle panel;
+
+    /// The gauges of both windows, the short one's in `upper`.
+    static void drawBoth(Canvas& canvas, const GaugeStyle& style, const UsageSnapshot& snapshot,
+                         Rect upper);
 
     /// Without `resetAt` there is no reset text.
     UsageGauge(const GaugeStyle& style, const std::string& label, std::optional<double> percent,

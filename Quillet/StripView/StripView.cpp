@@ -5,7 +5,7 @@
 
 #include "Rendering/ModelTag.h"
 #include "Rendering/Palette.h"
-#include "Rendering/StatusDot.h"
+#include "Rendering/ProviderName.h"
 #include "Rendering/UsageGauge.h"
 
 namespace {
@@ -17,18 +17,12 @@ constexpr struct {
     double icon = 22;
     double unhealthyIcon = 0.5;  // opacity
     double textX = 28;
-    TextStyle name{11, FontWeight::semibold};
+    ProviderName name{
+        .font = {11, FontWeight::semibold}, .dotGap = 4, .dotRise = 3.5, .dot = 5, .glowRadius = 3};
     double nameY = 15.5;
     double tagY = 1.5;
-    double dotGap = 4;
-    double dotY = 19;
-    double dot = 5;
-    double dotGlowRadius = 3;
     double unhealthyDot = 0.3;
-    double gaugeX = 102;
-    double upperGaugeY = 15.5;
-    double lowerGaugeY = 1.5;
-    Size gauge{114, 13};
+    Rect gauge{102, 15.5, 114, 13};  // of the upper one
     TextStyle message{9.5, FontWeight::regular};
 } segment;
 
@@ -61,27 +55,6 @@ Color dotColor(const StripView::Entry& entry) {
     return Palette::level(entry.snapshot->dailyPercent.value_or(0));
 }
 
-void drawNameAndDot(Canvas& canvas, const StripView::Entry& entry, double x) {
-    const TextLine name(std::string(entry.provider.rawValue()), segment.name);
-    canvas.draw(name, {x, segment.nameY}, Color::white());
-
-    const Color color = dotColor(entry);
-    const Rect dot{x + name.width() + segment.dotGap, segment.dotY, segment.dot, segment.dot};
-    StatusDot::draw(canvas, dot, color, segment.dotGlowRadius);
-}
-
-void drawGauges(Canvas& canvas, const UsageSnapshot& snapshot, double x) {
-    const auto rect = [&](double y) {
-        return Rect{x, y, segment.gauge.width, segment.gauge.height};
-    };
-    UsageGauge(UsageGauge::strip, "5h", snapshot.dailyPercent, snapshot.dailyResetAt,
-               rect(segment.upperGaugeY))
-        .draw(canvas);
-    UsageGauge(UsageGauge::strip, "Wk", snapshot.weeklyPercent, std::nullopt,
-               rect(segment.lowerGaugeY))
-        .draw(canvas);
-}
-
 void drawMessage(Canvas& canvas, const std::optional<UsageSnapshot>& snapshot, double x,
                  double areaHeight) {
     const TextLine text(snapshot && snapshot->error ? *snapshot->error : "—", segment.message);
@@ -90,14 +63,16 @@ void drawMessage(Canvas& canvas, const std::optional<UsageSnapshot>& snapshot, d
 
 void drawSegment(Canvas& canvas, double x, const StripView::Entry& entry, double areaHeight) {
     drawIcon(canvas, entry, x, areaHeight);
-    drawNameAndDot(canvas, entry, x + segment.textX);
+    segment.name.draw(canvas, entry.provider, {x + segment.textX, segment.nameY}, Color::white(),
+                      dotColor(entry));
     if (const auto tag = entry.snapshot ? ModelTag::of(*entry.snapshot, true) : std::nullopt) {
         tag->draw(canvas, ModelTag::strip, {x + segment.textX, segment.tagY});
     }
     if (isHealthy(entry)) {
-        drawGauges(canvas, *entry.snapshot, x + segment.gaugeX);
+        UsageGauge::drawBoth(canvas, UsageGauge::strip, *entry.snapshot,
+                             segment.gauge.shifted(x, 0));
     } else {
-        drawMessage(canvas, entry.snapshot, x + segment.gaugeX, areaHeight);
+        drawMessage(canvas, entry.snapshot, x + segment.gauge.x, areaHeight);
     }
 }
 
