@@ -43,6 +43,7 @@ AppDelegate::~AppDelegate() {
 void AppDelegate::applicationDidFinishLaunching() {
     settings = DisplaySettings::load(hasPhysicalTouchBar());
     setUpPanel();
+    setUpFloatingWindow();
     applySurfaces();
     refresh();
     connect(&timer, &QTimer::timeout, this, &AppDelegate::refresh);
@@ -75,14 +76,11 @@ void AppDelegate::apply(Snapshots results) {
     const auto entries = stripEntries();
     touchStrip.update(entries);
     floatingStrip.update(entries);
-    if (!floatingWindow && settings.surfaces.contains(DisplaySurface::floatingBar)) {
-        showFloatingWindow();
-    } else if (floatingWindow) {
-        const QSize before = floatingWindow->frame().size();
-        sizeFloatingWindow();
-        // At the top right a wider bar would stand beyond the screen's edge.
-        if (floatingWindow->frame().size() != before) positionFloatingWindow();
-    }
+    const QSize before = floatingWindow.frame().size();
+    sizeFloatingWindow();
+    // At the top right a wider bar would stand beyond the screen's edge.
+    if (floatingWindow.frame().size() != before) positionFloatingWindow();
+    if (settings.surfaces.contains(DisplaySurface::floatingBar)) floatingWindow.show();
     updateTrayGlyph();
     panelView.update(panelEntries());
 

@@ -69,6 +69,7 @@ private:
 
     // Surfaces
     void setUpPanel();
+    void setUpFloatingWindow();
     void setUpStatusItem();
     void updateStatusItem();
     std::string toolTip() const;
@@ -101,9 +102,9 @@ private:
     StripView touchStrip;
     FloatingContainerView floatingContainer{&floatingStrip};
     ContextMenu barMenu;
-    std::unique_ptr<FloatingWindow> floatingWindow;  // made when it is first shown
-    std::unique_ptr<StatusItem> statusItem;          // while the menu bar is a surface
-    std::optional<TouchBar> modalTouchBar;           // made when it is first presented
+    FloatingWindow floatingWindow{&floatingContainer, FloatingContainerView::cornerRadius};
+    std::unique_ptr<StatusItem> statusItem;  // while the menu bar is a surface
+    std::optional<TouchBar> modalTouchBar;   // made when it is first presented
     std::optional<TouchBarItem> trayItem;
     bool trayInstalled = false;
     bool presentedInitialModal = false;

@@ -11,17 +11,9 @@ namespace {
 
 constexpr const char* donationPage = "https://zendrik.com/#donate";
 
-const char* surfaceTitle(DisplaySurface surface) {
-    switch (surface) {
-    case DisplaySurface::menuBar:
-        return "  Menu Bar";
-    case DisplaySurface::floatingBar:
-        return "  Floating Bar (always on top)";
-    case DisplaySurface::touchBar:
-        return "  Touch Bar";
-    }
-    return "";
-}
+// In the order of DisplaySurface's cases.
+constexpr const char* surfaceTitles[] = {"  Menu Bar", "  Floating Bar (always on top)",
+                                         "  Touch Bar"};
 
 MenuItem heading(const char* title) {
     return {title, {}, {}, {}};
@@ -56,7 +48,7 @@ MenuItems AppDelegate::contextMenu() {
 }
 
 MenuItem AppDelegate::surfaceItem(DisplaySurface surface) {
-    return {surfaceTitle(surface), {}, settings.surfaces.contains(surface), [this, surface] {
+    return {surfaceTitles[surface], {}, settings.surfaces.contains(surface), [this, surface] {
                 toggleSurface(surface);
             }};
 }

@@ -38,6 +38,12 @@ void AppDelegate::setUpPanel() {
     panelView.update(panelEntries());
 }
 
+void AppDelegate::setUpFloatingWindow() {
+    floatingWindow.onMoved = [this] { windowDidMove(); };
+    floatingWindow.onScreensChanged = [this] { positionFloatingWindow(); };
+    floatingWindow.onMenu = [this](QPoint position) { showContextMenu(position); };
+}
+
 void AppDelegate::applySurfaces() {
     const auto shows = [this](DisplaySurface surface) {
         return settings.surfaces.contains(surface);
@@ -50,8 +56,8 @@ void AppDelegate::applySurfaces() {
 
     if (shows(DisplaySurface::floatingBar)) {
         showFloatingWindow();
-    } else if (floatingWindow) {
-        floatingWindow->hide();
+    } else {
+        floatingWindow.hide();
     }
 
     if (hasPhysicalTouchBar() && shows(DisplaySurface::touchBar)) {
@@ -78,9 +84,7 @@ void AppDelegate::setSurface(DisplaySurface surface, bool on) {
 void AppDelegate::setUpStatusItem() {
     statusItem =
         std::make_unique<StatusItem>([this](const ItemPlace& item) { statusItemTapped(item); });
-    statusItem->onPlaceChange = [this] {
-        if (floatingWindow) positionFloatingWindow();
-    };
+    statusItem->onPlaceChange = [this] { positionFloatingWindow(); };
 }
 
 void AppDelegate::updateStatusItem() {
@@ -118,22 +122,15 @@ void AppDelegate::showPopover() {
 
 void AppDelegate::showFloatingWindow() {
     if (snapshots.empty() && WindowSystem::isWayland()) return;  // the first ones set its width
-    if (!floatingWindow) {
-        floatingWindow = std::make_unique<FloatingWindow>(&floatingContainer,
-                                                          FloatingContainerView::cornerRadius);
-        floatingWindow->onMoved = [this] { windowDidMove(); };
-        floatingWindow->onScreensChanged = [this] { positionFloatingWindow(); };
-        floatingWindow->onMenu = [this](QPoint position) { showContextMenu(position); };
-    }
     sizeFloatingWindow();
     positionFloatingWindow();
-    floatingWindow->show();
+    floatingWindow.show();
 }
 
 void AppDelegate::sizeFloatingWindow() {
     const double width = std::max(floatingStrip.measuredWidth(), bar.minWidth);
     const QSize size(static_cast<int>(width + 2 * bar.strip.x), static_cast<int>(bar.height));
-    if (floatingWindow->frame().size() != size) floatingWindow->resizeKeepingOrigin(size);
+    if (floatingWindow.frame().size() != size) floatingWindow.resizeKeepingOrigin(size);
     floatingStrip.setGeometry(static_cast<int>(bar.strip.x), static_cast<int>(bar.strip.y),
                               static_cast<int>(width), static_cast<int>(bar.strip.height));
 }
@@ -143,7 +140,7 @@ void AppDelegate::sizeFloatingWindow() {
 void AppDelegate::positionFloatingWindow() {
     const Point remembered = PointText::parse(UserDefaults::text(originKey).value_or(""));
     const bool isRemembered = remembered.x != 0 || remembered.y != 0;
-    if (isRemembered && Screens::contain(remembered)) return floatingWindow->setOrigin(remembered);
+    if (isRemembered && Screens::contain(remembered)) return floatingWindow.setOrigin(remembered);
 
     const Rect visible = Screens::fromQt(Screens::availableOnPrimary());
     const auto item = statusItem ? statusItem->geometry() : std::nullopt;
@@ -151,10 +148,10 @@ void AppDelegate::positionFloatingWindow() {
     const bool itemIsAtTop =
         itemBottom > visible.maxY() - bar.height && itemBottom < visible.maxY();
     const double top = itemIsAtTop ? itemBottom : visible.maxY();
-    floatingWindow->setOrigin({visible.maxX() - floatingWindow->frame().width() - bar.right,
-                               top - floatingWindow->frame().height() - bar.top});
+    floatingWindow.setOrigin({visible.maxX() - floatingWindow.frame().width() - bar.right,
+                              top - floatingWindow.frame().height() - bar.top});
 }
 
 void AppDelegate::windowDidMove() const {
-    UserDefaults::setText(originKey, PointText::format(floatingWindow->origin()));
+    UserDefaults::setText(originKey, PointText::format(floatingWindow.origin()));
 }

@@ -37,9 +37,7 @@ struct Plane {
     const float* row(int y) const { return alpha.data() + std::ptrdiff_t(y) * width; }
 };
 
-// Both blurs add one weight at a time over whole rows, which the compiler turns into vector
-// instructions.
-
+/// Adds one weight at a time over whole rows, which the compiler turns into vector instructions.
 Plane blurredRows(const Plane& source, const std::vector<float>& kernel) {
     const int reach = static_cast<int>(kernel.size() / 2);
     Plane result{source.width, source.height};
@@ -56,19 +54,11 @@ Plane blurredRows(const Plane& source, const std::vector<float>& kernel) {
     return result;
 }
 
-Plane blurredColumns(const Plane& source, const std::vector<float>& kernel) {
-    const int reach = static_cast<int>(kernel.size() / 2);
-    Plane result{source.width, source.height};
-    for (int y = 0; y < source.height; ++y) {
-        float* row = result.row(y);
-        const int last = std::min(source.height, y + reach + 1);
-        for (int from = std::max(0, y - reach); from < last; ++from) {
-            const float weight = kernel.data()[from - y + reach];
-            const float* other = source.row(from);
-            for (int x = 0; x < source.width; ++x)
-                row[x] += weight * other[x];
-        }
-    }
+Plane transposed(const Plane& source) {
+    Plane result{source.height, source.width};
+    for (int y = 0; y < source.height; ++y)
+        for (int x = 0; x < source.width; ++x)
+            result.row(x)[y] = source.row(y)[x];
     return result;
 }
 
@@ -124,7 +114,8 @@ std::size_t qHash(const Tile& tile, std::size_t seed) {
 QImage blurred(const Tile& tile) {
     const auto kernel = gaussianKernel(tile.deviation);
     const Plane alpha = alphaOfShape(tile.shape, tile.cornerRadius, tile.size);
-    return colored(blurredColumns(blurredRows(alpha, kernel), kernel), tile.color);
+    const Plane columns = transposed(blurredRows(alpha, kernel));
+    return colored(transposed(blurredRows(columns, kernel)), tile.color);
 }
 
 /// With its edges at quarters of a pixel, which no blur shows, so that more tiles are alike.

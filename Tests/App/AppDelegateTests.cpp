@@ -67,14 +67,12 @@ public:
     }
 
     bool hasStatusItem() const { return delegate.statusItem != nullptr; }
-    bool showsBar() const {
-        return delegate.floatingWindow && delegate.floatingWindow->isVisible();
-    }
-    QSize barSize() const { return delegate.floatingWindow->size(); }
-    std::string barOrigin() const { return PointText::format(delegate.floatingWindow->origin()); }
+    bool showsBar() const { return delegate.floatingWindow.isVisible(); }
+    QSize barSize() const { return delegate.floatingWindow.size(); }
+    std::string barOrigin() const { return PointText::format(delegate.floatingWindow.origin()); }
     void dragBar(Point origin) {
-        delegate.floatingWindow->setOrigin(origin);
-        delegate.floatingWindow->onMoved();
+        delegate.floatingWindow.setOrigin(origin);
+        delegate.floatingWindow.onMoved();
     }
     std::size_t known() const { return delegate.snapshots.size(); }
     std::optional<double> percent(Provider provider) const {
