@@ -20,7 +20,7 @@ void tryInput(std::string_view input) {
     requireValue(set.model, text);
     requireValue(set.effort, text);
 
-    // The last line of a kind decides, and does not touch the other kind.
+    // The last line of a key decides, and leaves the other key alone.
     const auto later = CodexProvider::modelEffortInConfig(text + "\n\t model = \"last\" \n");
     require(later.model == "last" && later.effort == set.effort);
     const auto earlier =

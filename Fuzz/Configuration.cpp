@@ -24,7 +24,7 @@ void tryInput(std::string_view text) {
     }
     require(std::isfinite(config.intervalSeconds) && config.intervalSeconds >= 5);
 
-    // Written out in full, the settings stay the same.
+    // The settings, written out in full, decode to the same settings.
     nlohmann::json document = {{"intervalSeconds", config.intervalSeconds},
                                {"providers", nlohmann::json::array()}};
     for (const auto& entry : config.entries) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-// An object that lost its closing brace is no document any more, whatever stood in it.
+// The object without its closing brace, which is no JSON document.
 std::string_view cut(std::string_view text) {
     return text.substr(0, text.find_last_of('}'));
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Letter case and the kind of dash never matter; a label is never longer than what it stands for.
+// Letter case never matters, and a label is never longer than its text.
 template <typename Display>
 void tryLabel(const std::string& text, Display display) {
     const auto label = display(text);

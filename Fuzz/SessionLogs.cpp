@@ -14,7 +14,7 @@ void tryClaude(const std::string& text) {
                 model->find_first_of("\"\n") == std::string::npos);
         require(text.find("\"model\":\"" + *model + '"') != std::string::npos);
     }
-    // The newest line decides, and an older one only where there is nothing newer.
+    // The newest line that names a model decides.
     require(ClaudeProvider::modelIDInLog(text + "\n{\"model\":\"newest\"}") == "newest");
     require(ClaudeProvider::modelIDInLog("{\"model\":\"oldest\"}\n" + text) ==
             model.value_or("oldest"));
@@ -38,8 +38,8 @@ void tryCodex(const std::string& text) {
 
 void tryGemini(const std::string& text) {
     constexpr Instant since = 1749978000;
-    const std::string line =
-        R"({"id":"not in the text","timestamp":"2025-06-15T10:00:00.000Z","type":"gemini","model":"m"})";
+    const std::string line = R"({"id":"not in the text","timestamp":"2025-06-15T10:00:00.000Z",)"
+                             R"("type":"gemini","model":"m"})";
     const auto answers = GeminiChat::answers(text, since);
     require(answers >= 0 && answers <= static_cast<std::int64_t>(text.size()));
     const bool isKnown = text.find("not in the text") != std::string::npos;

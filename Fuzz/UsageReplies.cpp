@@ -14,7 +14,7 @@ bool finite(const std::optional<double>& number) {
     return !number || std::isfinite(*number);
 }
 
-// Whatever a service sends, there is a report to print.
+// Whatever a vendor sends, the reports stay valid JSON and UTF-8.
 void requireReport(const UsageSnapshot& snapshot) {
     const CLI::Collected collected = {{snapshot.provider, snapshot}};
     require(!nlohmann::json::parse(CLI::jsonReport(collected), nullptr, false).is_discarded());

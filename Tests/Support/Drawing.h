@@ -9,9 +9,9 @@
 #include "Drawing/Picture.h"
 #include "Model/UsageSnapshot.h"
 
-// Pictures as Tests/fixtures/pictures tells them, one shape or text per row. A text is [text, size,
-// weight], then kern and whether digits have equal width. Rectangles grow, shrink and move by the
-// widths of texts.
+// Draws the pictures that Tests/fixtures/pictures describes: a shape or a text per row. A text is
+// [text, size, weight], then kern and whether digits have equal width. Rectangles grow, shrink and
+// move by the widths of texts.
 
 using nlohmann::json;
 
@@ -71,17 +71,17 @@ inline void drawShape(Canvas& canvas, const json& row) {
         canvas.strokeRounded(rect, radius, color.withAlpha(row["line"][0]), row["line"][1]);
 }
 
-/// Fails unless the picture, at 2 pixels per point, is what the rows draw, but for rounding.
+/// Fails unless the picture, at 2 pixels per point, matches the rows, except for rounding.
 inline void expectPicture(const QImage& drawn, const json& rows) {
-    const QImage told =
+    const QImage expected =
         Picture::of({drawn.width() / 2.0, drawn.height() / 2.0}, 2, [&](Canvas& canvas) {
             for (const auto& row : rows)
                 row.contains("text") ? drawText(canvas, row) : drawShape(canvas, row);
         });
-    for (int i = 0; i < told.sizeInBytes(); ++i) {
-        const auto pixel = i / 4, x = pixel % told.width(),
-                   y = told.height() - pixel / told.width();
-        ASSERT_NEAR(drawn.constBits()[i], told.constBits()[i], 2)
+    for (int i = 0; i < expected.sizeInBytes(); ++i) {
+        const auto pixel = i / 4, x = pixel % expected.width(),
+                   y = expected.height() - pixel / expected.width();
+        ASSERT_NEAR(drawn.constBits()[i], expected.constBits()[i], 2)
             << x / 2.0 << ", " << y / 2.0 << " points";
     }
 }
@@ -96,12 +96,12 @@ inline Provider providerOf(const json& row) {
 
 /// Reset times are seconds from now.
 inline std::optional<UsageSnapshot> snapshotOf(const json& row) {
-    const auto& told = row["snapshot"];
-    if (told.is_null()) return std::nullopt;
+    const auto& fields = row["snapshot"];
+    if (fields.is_null()) return std::nullopt;
     UsageSnapshot snapshot(providerOf(row));
-    snapshot.connected = told.value("connected", true);
+    snapshot.connected = fields.value("connected", true);
     const auto read = [&](const char* key, auto& field, auto zero) {
-        if (told.contains(key)) field = zero + told[key].get<decltype(zero)>();
+        if (fields.contains(key)) field = zero + fields[key].get<decltype(zero)>();
     };
     const std::string none;
     read("plan", snapshot.planLabel, none), read("model", snapshot.modelLabel, none);

@@ -6,13 +6,12 @@
 #include <string>
 #include <vector>
 
-/// One of the files in Tests/fixtures: rows of what goes in and what must come out, or scenarios by
-/// name.
+/// A file in Tests/fixtures: rows of inputs and expected results, or scenarios by name.
 inline nlohmann::json fixture(const std::string& name) {
     return nlohmann::json::parse(std::ifstream(FIXTURES "/" + name + ".json"));
 }
 
-/// "file_Name" for each of the scenarios, which are lists of steps to play in turn, in these files.
+/// "file_Name" for each scenario in these files. A scenario is a list of steps to play in turn.
 inline std::vector<std::string> scenarioNames(const std::vector<std::string>& files) {
     std::vector<std::string> names;
     for (const auto& file : files) {
@@ -28,7 +27,7 @@ inline nlohmann::json scenario(const std::string& name) {
     return fixture("scenarios/" + name.substr(0, end))[name.substr(end + 1)];
 }
 
-/// A file's or a message's text: a text as it is, any other value as JSON.
+/// The text of a file or message: a string as it is, any other value as JSON.
 inline std::string textIn(const nlohmann::json& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }

@@ -5,8 +5,8 @@
 
 #include "Model/UsageSnapshot.h"
 
-/// Draws snapshots as no collector should make them, each in a tenth of a second; sanitizers get
-/// two.
+/// Draws snapshots that no collector should make. Each must take at most 100 milliseconds, or two
+/// seconds under a sanitizer.
 template <class Draw>
 void expectHostileValuesDrawnAtOnce(Draw draw) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -31,8 +31,8 @@ void expectHostileValuesDrawnAtOnce(Draw draw) {
             figures.modelLabel = texts.planLabel = texts.error = word;
             figures.connected = texts.connected = true;
             auto shortest = std::chrono::nanoseconds::max();
-            for (int i = 0; i < 3 && shortest > limit;
-                 ++i) {  // the machine may be busy with something else
+            // The machine may be busy with something else.
+            for (int i = 0; i < 3 && shortest > limit; ++i) {
                 const auto begin = std::chrono::steady_clock::now();
                 draw(figures), draw(texts);
                 shortest = std::min<std::chrono::nanoseconds>(

@@ -4,7 +4,7 @@
 
 #include "Platform/Clock.h"
 
-/// Stops the program's clock at an instant of the test's choice.
+/// Stops the program's clock at an instant that the test chooses.
 class ScopedClock {
 public:
     explicit ScopedClock(Instant start)
