@@ -1,10 +1,6 @@
 #include "Platform/UserDefaults.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -20,50 +16,27 @@ std::string filePath() {
     return HomeDirectory::expanding("~/.config/quillet/defaults.json");
 }
 
-// Deeper values than any of ours are not written by this program, and writing them again would
-// recurse as deep.
-constexpr int deepest = 100;
+constexpr int maxDepth = 100;  // writing a value recurses as deep as it is
 
-/// The text's object; a discarded value when it is anything else.
-json object(std::string_view text) {
+/// Discarded when the text isn't an object.
+json parseObject(std::string_view text) {
     bool tooDeep = false;
     const auto limitDepth = [&](int depth, json::parse_event_t, json&) {
-        return !(tooDeep |= depth > deepest);
+        return !(tooDeep |= depth > maxDepth);
     };
     json stored = json::parse(text, limitDepth, /*allow_exceptions=*/false);
     return stored.is_object() && !tooDeep ? stored : json(json::value_t::discarded);
 }
 
-/// Differs whenever the file does.
-using State = std::array<std::int64_t, 7>;
-
-/// Of what is at the path; absent when nothing is there.
-std::optional<State> state(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return std::nullopt;
-    return State{static_cast<std::int64_t>(status.st_dev),
-                 static_cast<std::int64_t>(status.st_ino),
-                 status.st_size,
-                 status.st_mtim.tv_sec,
-                 status.st_mtim.tv_nsec,
-                 status.st_ctim.tv_sec,
-                 status.st_ctim.tv_nsec};
-}
-
-/// The file's object, discarded when there is a file and it holds or is anything else. It is asked
-/// for many times in one refresh, and read anew only when it has changed.
-const json& read() {
-    static std::optional<State> known;
-    static json stored = json::object();
+/// The file's object, empty without a file, discarded when the file holds anything else.
+json read() {
     const std::string path = filePath();
-    const auto current = state(path);
-    if (current == known) return stored;
-    known = current;
-    stored = current ? object(RegularFile::contents(path).value_or("")) : json::object();
-    return stored;
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) return json::object();
+    return parseObject(RegularFile::contents(path).value_or(""));
 }
 
-/// What could not be written: it holds for as long as the program runs.
+/// What could not be written yet.
 json& unwritten() {
     static json values = json::object();
     return values;
@@ -71,12 +44,11 @@ json& unwritten() {
 
 json value(const std::string& key) {
     if (unwritten().contains(key)) return unwritten()[key];
-    const json& stored = read();
+    const json stored = read();
     return stored.is_object() ? stored.value(key, json()) : json();
 }
 
-/// Moves what somebody may still want out of the way, under the first name that is free; false if
-/// that failed.
+/// Renames an unreadable file, which may have been written by hand, to the first free name.
 bool setAside(const std::filesystem::path& path) {
     std::error_code error;
     std::string aside = path.string() + ".unreadable";

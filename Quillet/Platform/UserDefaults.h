@@ -4,18 +4,16 @@
 #include <string>
 #include <vector>
 
-/// The application's own stored choices: one JSON object in ~/.config/quillet/defaults.json. A file
-/// that somebody else changed is noticed at the next read. A write replaces it as a whole, so that
-/// the old or the new one is there whenever the program ends. Keys of other programs or versions
-/// are kept. What can't be written is kept until the program ends, or until a write succeeds. For
-/// the main thread.
+/// The application's stored choices: one JSON object in ~/.config/quillet/defaults.json, read at
+/// each question and replaced as a whole by each write. Unknown keys are kept. What can't be
+/// written is kept in memory until a write succeeds. Main thread only.
 namespace UserDefaults {
 
-/// Absent when the key is missing, not an array, or holds anything but texts.
+/// Absent when the key is missing or isn't an array of strings.
 std::optional<std::vector<std::string>> textArray(const std::string& key);
 void setTextArray(const std::string& key, const std::vector<std::string>& texts);
 
-/// Absent when the key is missing or not a text.
+/// Absent when the key is missing or isn't a string.
 std::optional<std::string> text(const std::string& key);
 void setText(const std::string& key, const std::string& text);
 
