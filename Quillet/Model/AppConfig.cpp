@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr double shortestInterval = 5;  // seconds
+constexpr double minInterval = 5;  // seconds
 
 std::optional<Provider> providerNamed(const std::string& id) {
     if (const auto exact = Provider::fromRawValue(id)) return exact;
@@ -20,22 +20,10 @@ std::optional<Provider> providerNamed(const std::string& id) {
     return std::nullopt;
 }
 
-std::vector<AppConfig::Entry> namedEntries(const std::vector<JSONObject>& providers) {
-    std::vector<AppConfig::Entry> entries;
-    for (const JSONObject& object : providers) {
-        const auto id = object.text("id");
-        const auto provider = id ? providerNamed(*id) : std::nullopt;
-        if (provider) entries.push_back({*provider, object.flag("enabled").value_or(true)});
-    }
-    return entries;
-}
-
 void appendMissing(std::vector<AppConfig::Entry>& entries) {
     for (const Provider provider : Provider::allCases()) {
-        const auto isNamed = [&](const AppConfig::Entry& entry) {
-            return entry.provider == provider;
-        };
-        if (std::ranges::none_of(entries, isNamed)) entries.push_back({provider, true});
+        if (std::ranges::find(entries, provider, &AppConfig::Entry::provider) == entries.end())
+            entries.push_back({provider, true});
     }
 }
 
@@ -56,9 +44,14 @@ AppConfig AppConfig::decode(std::string_view text) {
     if (!object) return config;
 
     const auto interval = object->number("intervalSeconds");
-    if (interval && *interval >= shortestInterval) config.intervalSeconds = *interval;
+    if (interval && *interval >= minInterval) config.intervalSeconds = *interval;
     if (const auto providers = object->objects("providers")) {
-        config.entries = namedEntries(*providers);
+        config.entries.clear();
+        for (const JSONObject& entry : *providers) {
+            const auto provider = providerNamed(entry.text("id").value_or(""));
+            if (provider)
+                config.entries.push_back({*provider, entry.flag("enabled").value_or(true)});
+        }
         appendMissing(config.entries);
     }
     return config;

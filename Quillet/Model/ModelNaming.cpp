@@ -1,19 +1,17 @@
 #include "Model/ModelNaming.h"
 
-#include <algorithm>
-
 #include "Support/Text.h"
 
 namespace {
 
-struct ModelName {
-    std::string_view needle;
+struct Name {
+    std::string_view word;
     const char* label;
 };
 
-// The first needle found anywhere in an identifier decides, so a longer one stands before its own
+// The first word found anywhere in an identifier decides, so a longer one stands before its own
 // beginning.
-constexpr ModelName modelNames[] = {
+constexpr Name modelNames[] = {
     {"claude-fable-5", "Fable 5"},
     {"claude-opus-4-8", "Opus 4.8"},
     {"claude-opus-4-7", "Opus 4.7"},
@@ -33,12 +31,7 @@ constexpr ModelName modelNames[] = {
     {"gemini-exp", "Gemini Exp"},
 };
 
-struct EffortName {
-    std::string_view word;
-    const char* label;
-};
-
-constexpr EffortName effortNames[] = {
+constexpr Name effortNames[] = {
     {"ultra", "Ultra"}, {"xhigh", "Ultra"}, {"x-high", "Ultra"}, {"high", "High"},
     {"medium", "Med"},  {"low", "Low"},     {"max", "Max"},      {"maximum", "Max"},
 };
@@ -52,10 +45,7 @@ std::string derivedLabel(std::string identifier) {
     identifier = Text::replacing(std::move(identifier), "models/", "");
 
     std::string label;
-    for (std::string_view rest = identifier; !rest.empty();) {
-        const std::string_view piece = rest.substr(0, rest.find('-'));
-        rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
-        if (piece.empty()) continue;
+    for (const std::string_view piece : Text::split(identifier, '-')) {
         if (!label.empty()) label += ' ';
         label += Text::capitalized(piece);
     }
@@ -67,8 +57,8 @@ std::string derivedLabel(std::string identifier) {
 std::optional<std::string> ModelNaming::displayModel(const std::optional<std::string>& model) {
     if (!model || model->empty()) return std::nullopt;
     const std::string identifier = Text::replacing(Text::lowercased(*model), "_", "-");
-    for (const auto& [needle, label] : modelNames) {
-        if (identifier.find(needle) != std::string::npos) return label;
+    for (const auto& [word, label] : modelNames) {
+        if (identifier.find(word) != std::string::npos) return label;
     }
     return derivedLabel(identifier);
 }

@@ -7,7 +7,7 @@
 #include "Platform/HomeDirectory.h"
 #include "Platform/Keychain.h"
 #include "Platform/RegularFile.h"
-#include "Support/HTTP.h"
+#include "Providers/UsageEndpoint.h"
 #include "Support/ISO8601.h"
 #include "Support/JSON.h"
 #include "Support/LocalFiles.h"
@@ -22,11 +22,8 @@ constexpr double tokenReuseMargin = 120;  // seconds before expiry
 constexpr double readBackOff = 900;       // seconds after a failed read
 constexpr double freshCacheAge = 300;     // seconds
 constexpr const char* usageURL = "https://api.anthropic.com/api/oauth/usage";
-constexpr double requestTimeout = 8;  // seconds
-constexpr const char* logFolder = "~/.claude/projects";
+constexpr const char* logDirectory = "~/.claude/projects";
 constexpr const char* logSuffix = ".jsonl";
-constexpr std::size_t logTail = 262144;  // bytes
-constexpr int statusOK = 200;
 
 std::optional<ClaudeProvider::Window> decodeWindow(const std::optional<JSONObject>& object) {
     if (!object) return std::nullopt;
@@ -35,11 +32,6 @@ std::optional<ClaudeProvider::Window> decodeWindow(const std::optional<JSONObjec
 
 std::optional<Instant> resetInstant(const ClaudeProvider::Window& window) {
     return window.resets_at ? ISO8601::parse(*window.resets_at) : std::nullopt;
-}
-
-std::optional<std::string> planLabel(const ClaudeProvider::OAuth& login) {
-    return login.subscriptionType ? std::optional(Text::capitalized(*login.subscriptionType))
-                                  : std::nullopt;
 }
 
 std::optional<std::string> modelIDInLine(std::string_view line) {
@@ -89,20 +81,14 @@ void ClaudeProvider::fill(UsageSnapshot& snapshot, const LiveUsage& usage) {
 }
 
 std::optional<std::string> ClaudeProvider::modelIDInLog(std::string_view text) {
-    const auto lines = Text::lines(text);
-    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-        if (auto model = modelIDInLine(*line)) return model;
-    }
-    return std::nullopt;
+    return Text::fromLastLine(text, modelIDInLine);
 }
 
 std::optional<std::string> ClaudeProvider::currentModelID() {
-    const auto path = LocalFiles::newestFile(logFolder, logSuffix);
+    const auto path = LocalFiles::newestFile(logDirectory, logSuffix);
     if (!path) return std::nullopt;
-    const auto text = LocalFiles::tail(*path, logTail);
-    const auto model = text ? modelIDInLog(*text) : std::nullopt;
-    const std::lock_guard guard(lock);
-    return lastModel.update(*path, model);
+    const auto end = LocalFiles::tail(*path, lastModel.tailBytes);
+    return lastModel.update(*path, end ? modelIDInLog(*end) : std::nullopt);
 }
 
 std::optional<ClaudeProvider::OAuth> ClaudeProvider::readCredentials() {
@@ -136,14 +122,6 @@ std::optional<ClaudeProvider::OAuth> ClaudeProvider::credentials() {
     return cachedToken;
 }
 
-std::optional<ClaudeProvider::LiveUsage> ClaudeProvider::requestUsage(const OAuth& login) {
-    const HTTP::Headers headers = {{"Authorization", "Bearer " + login.accessToken},
-                                   {"anthropic-beta", "oauth-2025-04-20"},
-                                   {"Accept", "application/json"}};
-    const auto response = HTTP::get(usageURL, headers, requestTimeout);
-    return response && response->status == statusOK ? decodeUsage(response->data) : std::nullopt;
-}
-
 UsageSnapshot ClaudeProvider::collect() const {
     UsageSnapshot snapshot(Provider::claude);
     snapshot.modelLabel = ModelNaming::displayModel(currentModelID());
@@ -154,24 +132,16 @@ UsageSnapshot ClaudeProvider::collect() const {
         return snapshot;
     }
     snapshot.connected = true;
-    snapshot.planLabel = planLabel(*login);
+    if (login->subscriptionType) snapshot.planLabel = Text::capitalized(*login->subscriptionType);
 
-    auto cached = [] {
-        const std::lock_guard guard(lock);
-        return liveCache;
-    }();
-    if (cached) cached->snapshot.modelLabel = snapshot.modelLabel;
-    if (cached && Clock::now() - cached->at < freshCacheAge) {
-        if (snapshot.planLabel) cached->snapshot.planLabel = snapshot.planLabel;
-        return cached->snapshot;
-    }
-
-    const auto usage = requestUsage(*login);
-    if (!usage) return cached ? cached->snapshot : snapshot;
-    fill(snapshot, *usage);
-    snapshot.updatedAt = Clock::now();
-
-    const std::lock_guard guard(lock);
-    liveCache = {snapshot, Clock::now()};
-    return snapshot;
+    const HTTP::Headers headers = {{"Authorization", "Bearer " + login->accessToken},
+                                   {"anthropic-beta", "oauth-2025-04-20"},
+                                   {"Accept", "application/json"}};
+    const auto fillFrom = [](UsageSnapshot& current, std::string_view body) {
+        const auto usage = decodeUsage(body);
+        if (usage) fill(current, *usage);
+        return usage.has_value();
+    };
+    const UsageEndpoint endpoint{usageURL, freshCacheAge, lock, liveCache};
+    return endpoint.collect(std::move(snapshot), headers, fillFrom);
 }

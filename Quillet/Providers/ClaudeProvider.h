@@ -48,12 +48,11 @@ private:
     static std::optional<OAuth> credentials();
     static std::optional<OAuth> readCredentials();
     static std::optional<std::string> currentModelID();
-    static std::optional<LiveUsage> requestUsage(const OAuth& login);
 
-    static inline std::mutex
-        lock;  // guards all below; never held while a log is read or a request is in flight
+    static inline std::mutex lock;  // guards the next three; not held during a request
     static inline std::optional<OAuth> cachedToken;
     static inline std::optional<Instant> lastFailedReadAt;  // absent after a successful read
     static inline std::optional<TimedSnapshot> liveCache;   // of the last good reply
+
     static inline LastReading<std::string> lastModel;
 };

@@ -8,10 +8,9 @@
 
 namespace {
 
-constexpr const char* sessionFolder = "~/.codex/sessions";
+constexpr const char* sessionDirectory = "~/.codex/sessions";
 constexpr const char* sessionSuffix = ".jsonl";
 constexpr const char* configPath = "~/.codex/config.toml";
-constexpr std::size_t sessionTail = 262144;  // bytes
 constexpr std::string_view blanks = " \t\r";
 constexpr std::string_view quotes = "\"'";
 
@@ -42,16 +41,12 @@ std::optional<std::string> settingValue(std::string_view line) {
 }  // namespace
 
 std::optional<CodexProvider::ModelEffort> CodexProvider::modelEffortInLog(std::string_view text) {
-    const auto lines = Text::lines(text);
-    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-        if (auto found = modelEffortInLine(*line)) return found;
-    }
-    return std::nullopt;
+    return Text::fromLastLine(text, modelEffortInLine);
 }
 
 CodexProvider::ModelEffort CodexProvider::modelEffortInConfig(std::string_view text) {
     ModelEffort found;
-    for (const std::string_view raw : Text::lines(text)) {
+    for (const std::string_view raw : Text::split(text, '\n')) {
         const std::string_view line = Text::trimmed(raw, blanks);
         const auto value = settingValue(line);
         if (!value) continue;
@@ -61,17 +56,12 @@ CodexProvider::ModelEffort CodexProvider::modelEffortInConfig(std::string_view t
     return found;
 }
 
-std::optional<CodexProvider::ModelEffort> CodexProvider::modelEffortOfSession(
-    const std::string& path) {
-    const auto text = LocalFiles::tail(path, sessionTail);
-    const auto turn = text ? modelEffortInLog(*text) : std::nullopt;
-    const std::lock_guard guard(lock);
-    return lastTurn.update(path, turn);
-}
-
 CodexProvider::ModelEffort CodexProvider::currentModelEffort() {
-    const auto path = LocalFiles::newestFile(sessionFolder, sessionSuffix);
-    if (const auto turn = path ? modelEffortOfSession(*path) : std::nullopt) return *turn;
+    if (const auto path = LocalFiles::newestFile(sessionDirectory, sessionSuffix)) {
+        const auto end = LocalFiles::tail(*path, lastTurn.tailBytes);
+        const auto turn = end ? modelEffortInLog(*end) : std::nullopt;
+        if (const auto last = lastTurn.update(*path, turn)) return *last;
+    }
 
     const auto config = LocalFiles::text(HomeDirectory::expanding(configPath));
     return config ? modelEffortInConfig(*config) : ModelEffort{};

@@ -6,7 +6,7 @@
 #include "Model/ModelNaming.h"
 #include "Platform/HomeDirectory.h"
 #include "Platform/RegularFile.h"
-#include "Support/HTTP.h"
+#include "Providers/UsageEndpoint.h"
 #include "Support/JSON.h"
 #include "Support/Text.h"
 
@@ -14,10 +14,8 @@ namespace {
 
 constexpr const char* authPath = "~/.codex/auth.json";
 constexpr const char* usageURL = "https://chatgpt.com/backend-api/wham/usage";
-constexpr double requestTimeout = 8;             // seconds
-constexpr double freshCacheAge = 60;             // seconds
-constexpr double longestShortWindow = 6 * 3600;  // seconds
-constexpr int statusOK = 200;
+constexpr double freshCacheAge = 60;         // seconds
+constexpr double maxShortWindow = 6 * 3600;  // seconds
 
 std::optional<CodexProvider::APIWindow> decodeWindow(const std::optional<JSONObject>& object) {
     if (!object) return std::nullopt;
@@ -36,7 +34,7 @@ void fillWindow(UsageSnapshot& snapshot, const std::optional<CodexProvider::APIW
                 Instant now) {
     if (!window || !window->used_percent) return;
     const bool isShort =
-        window->limit_window_seconds && *window->limit_window_seconds <= longestShortWindow;
+        window->limit_window_seconds && *window->limit_window_seconds <= maxShortWindow;
     (isShort ? snapshot.dailyPercent : snapshot.weeklyPercent) = window->used_percent;
     (isShort ? snapshot.dailyResetAt : snapshot.weeklyResetAt) = resetInstant(*window, now);
 }
@@ -77,16 +75,6 @@ std::optional<CodexProvider::AuthFile> CodexProvider::readAuth() {
     return text ? decodeAuth(*text) : std::nullopt;
 }
 
-std::optional<CodexProvider::APIUsage> CodexProvider::requestUsage(const AuthFile::Tokens& login) {
-    HTTP::Headers headers = {{"Authorization", "Bearer " + *login.access_token},
-                             {"Accept", "application/json"},
-                             {"User-Agent", "quillet/2.0"}};
-    if (login.account_id && !login.account_id->empty())
-        headers["ChatGPT-Account-Id"] = *login.account_id;
-    const auto response = HTTP::get(usageURL, headers, requestTimeout);
-    return response && response->status == statusOK ? decodeUsage(response->data) : std::nullopt;
-}
-
 UsageSnapshot CodexProvider::collect() const {
     UsageSnapshot snapshot(Provider::codex);
     const ModelEffort setting = currentModelEffort();
@@ -100,23 +88,16 @@ UsageSnapshot CodexProvider::collect() const {
     }
     snapshot.connected = true;
 
-    auto cached = [] {
-        const std::lock_guard guard(lock);
-        return liveCache;
-    }();
-    if (cached) {
-        cached->snapshot.modelLabel = snapshot.modelLabel;
-        cached->snapshot.effortLabel = snapshot.effortLabel;
-        if (Clock::now() - cached->at < freshCacheAge) return cached->snapshot;
-    }
-
-    const auto usage = requestUsage(*auth->tokens);
-    if (!usage) return cached ? cached->snapshot : snapshot;
-    const Instant now = Clock::now();
-    fill(snapshot, *usage, now);
-    snapshot.updatedAt = now;
-
-    const std::lock_guard guard(lock);
-    liveCache = {snapshot, now};
-    return snapshot;
+    HTTP::Headers headers = {{"Authorization", "Bearer " + *auth->tokens->access_token},
+                             {"Accept", "application/json"},
+                             {"User-Agent", "quillet/" QUILLET_VERSION}};
+    const auto& account = auth->tokens->account_id;
+    if (account && !account->empty()) headers["ChatGPT-Account-Id"] = *account;
+    const auto fillFrom = [](UsageSnapshot& current, std::string_view body) {
+        const auto usage = decodeUsage(body);
+        if (usage) fill(current, *usage, Clock::now());
+        return usage.has_value();
+    };
+    const UsageEndpoint endpoint{usageURL, freshCacheAge, lock, liveCache};
+    return endpoint.collect(std::move(snapshot), headers, fillFrom);
 }

@@ -59,11 +59,10 @@ public:
 private:
     friend class CollectorReset;
 
-    static std::optional<ModelEffort> modelEffortOfSession(const std::string& path);
     static std::optional<AuthFile> readAuth();
-    static std::optional<APIUsage> requestUsage(const AuthFile::Tokens& login);
 
-    static inline std::mutex lock;  // guards both below; never held over files or a request
-    static inline std::optional<TimedSnapshot> liveCache;
+    static inline std::mutex lock;  // guards liveCache; not held during a request
+    static inline std::optional<TimedSnapshot> liveCache;  // of the last good reply
+
     static inline LastReading<ModelEffort> lastTurn;
 };

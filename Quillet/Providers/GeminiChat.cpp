@@ -99,10 +99,8 @@ std::int64_t GeminiChat::answers(std::string_view text, Instant since) {
 }
 
 std::optional<std::string> GeminiChat::newestModel(std::string_view text) {
-    const auto lines = Text::lines(text);
-    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-        const auto answer = parsedAnswer(*line);
-        if (auto model = answer ? answer->text("model") : std::nullopt) return model;
-    }
-    return std::nullopt;
+    return Text::fromLastLine(text, [](std::string_view line) {
+        const auto answer = parsedAnswer(line);
+        return answer ? answer->text("model") : std::nullopt;
+    });
 }

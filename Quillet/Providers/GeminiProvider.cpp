@@ -108,9 +108,7 @@ std::optional<std::string> GeminiProvider::modelInNewestChat(const Logs& logs) {
     });
     if (chat == logs.end()) return std::nullopt;
     const auto tail = LocalFiles::tail(chat->path, logTail);
-    const auto model = tail ? GeminiChat::newestModel(*tail) : std::nullopt;
-    const std::lock_guard guard(lock);
-    return lastModel.update(chat->path, model);
+    return lastModel.update(chat->path, tail ? GeminiChat::newestModel(*tail) : std::nullopt);
 }
 
 std::optional<std::string> GeminiProvider::planLabel(const std::string& dir) {

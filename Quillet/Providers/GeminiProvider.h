@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,6 +34,5 @@ private:
     static std::optional<std::string> planLabel(const std::string& dir);
     static std::optional<std::int64_t> requestsToday(const Logs& logs);
 
-    static inline std::mutex lock;  // guards lastModel; never held over files
     static inline LastReading<std::string> lastModel;
 };

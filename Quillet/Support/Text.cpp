@@ -1,5 +1,7 @@
 #include "Support/Text.h"
 
+#include <utf8.h>
+
 #include <algorithm>
 
 namespace {
@@ -15,17 +17,20 @@ char upper(char c) {
 bool isSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
+bool isControl(char32_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == U'\u2028' || c == U'\u2029';
+}
 
 }  // namespace
 
-std::vector<std::string_view> Text::lines(std::string_view text) {
-    std::vector<std::string_view> lines;
+std::vector<std::string_view> Text::split(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
     while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        if (end > 0) lines.push_back(text.substr(0, end));
+        const std::size_t end = std::min(text.find(separator), text.size());
+        if (end > 0) parts.push_back(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
-    return lines;
+    return parts;
 }
 
 std::string Text::lowercased(std::string_view text) {
@@ -55,4 +60,10 @@ std::string Text::replacing(std::string text, std::string_view from, std::string
         text.replace(at, from.size(), to);
     }
     return text;
+}
+
+std::string Text::withoutControls(const std::string& text) {
+    std::u32string characters = utf8::utf8to32(utf8::replace_invalid(text));
+    std::ranges::replace_if(characters, isControl, U' ');
+    return utf8::utf32to8(characters);
 }

@@ -4,11 +4,21 @@
 #include <string_view>
 #include <vector>
 
-/// Operations on UTF-8 text that change ASCII letters alone, whatever the locale.
+/// Operations on UTF-8 strings. Letters other than ASCII stay as they are, whatever the locale.
 namespace Text {
 
-/// The lines between line feeds without the empty ones. They point into `text`.
-std::vector<std::string_view> lines(std::string_view text);
+/// The parts between the separators without the empty ones. They point into `text`.
+std::vector<std::string_view> split(std::string_view text, char separator);
+
+/// What `read` makes of the last line of which it makes anything.
+template <typename Read>
+auto fromLastLine(std::string_view text, Read read) -> decltype(read(text)) {
+    const auto lines = split(text, '\n');
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        if (auto value = read(*line)) return value;
+    }
+    return {};
+}
 
 std::string lowercased(std::string_view text);
 
@@ -21,5 +31,9 @@ std::string_view trimmed(std::string_view text, std::string_view characters);
 
 /// `text` with every `from` replaced by `to`.
 std::string replacing(std::string text, std::string_view from, std::string_view to);
+
+/// `text` with a space for each control character and line or paragraph separator, so that it stays
+/// on one line and can't move a terminal's cursor. What is not UTF-8 becomes U+FFFD.
+std::string withoutControls(const std::string& text);
 
 }  // namespace Text

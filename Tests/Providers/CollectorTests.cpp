@@ -6,8 +6,9 @@
 #include "Platform/Keychain.h"
 #include "Providers/ClaudeProvider.h"
 #include "Providers/CodexProvider.h"
+#include "Providers/Collectors.h"
 #include "Providers/GeminiProvider.h"
-#include "Providers/OpenCodeProvider.h"
+#include "Support/Text.h"
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/HTTPSServer.h"
 #include "Tests/Support/ScopedClock.h"
@@ -16,14 +17,14 @@
 class CollectorReset {
 public:
     CollectorReset() {
-        const std::scoped_lock all(ClaudeProvider::lock, CodexProvider::lock, GeminiProvider::lock);
+        const std::scoped_lock all(ClaudeProvider::lock, CodexProvider::lock);
         ClaudeProvider::cachedToken.reset();
         ClaudeProvider::lastFailedReadAt.reset();
         ClaudeProvider::liveCache.reset();
-        ClaudeProvider::lastModel = {};
+        ClaudeProvider::lastModel.kept.reset();
         CodexProvider::liveCache.reset();
-        CodexProvider::lastTurn = {};
-        GeminiProvider::lastModel = {};
+        CodexProvider::lastTurn.kept.reset();
+        GeminiProvider::lastModel.kept.reset();
     }
 };
 
@@ -78,10 +79,11 @@ protected:
     }
 
     static UsageSnapshot collect() {
-        const bool isOnline = GetParam().starts_with("c"),
-                   isFirst = GetParam() < (isOnline ? "cm" : "n");
-        if (isOnline) return isFirst ? ClaudeProvider().collect() : CodexProvider().collect();
-        return isFirst ? GeminiProvider().collect() : OpenCodeProvider().collect();
+        for (const Provider provider : Provider::allCases()) {
+            if (Text::lowercased(GetParam()).starts_with(Text::lowercased(provider.rawValue())))
+                return Collectors::collect(provider);
+        }
+        throw std::logic_error("no collector of " + GetParam());
     }
 
     const TemporaryHome home;
