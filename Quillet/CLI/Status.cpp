@@ -7,7 +7,7 @@
 #include "Model/UsageFormat.h"
 #include "Providers/Collectors.h"
 #include "Support/ISO8601.h"
-#include "Support/JSON.h"
+#include "Support/Text.h"
 
 namespace {
 
@@ -27,21 +27,6 @@ std::string figures(const UsageSnapshot& snapshot) {
            windowText(UsageFormat::shortWindow, snapshot.dailyPercent, snapshot.dailyResetAt) +
            " · " +
            windowText(UsageFormat::longWindow, snapshot.weeklyPercent, snapshot.weeklyResetAt);
-}
-
-/// Labels come from files and replies; none of them may move the terminal's cursor or break the
-/// line. In UTF-8 the controls above ASCII are C2 80 to C2 9F.
-std::string withoutControls(const std::string& line) {
-    std::string result;
-    for (const char c : line) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x80 && byte < 0xA0 && result.ends_with('\xC2')) {
-            result.back() = ' ';
-        } else {
-            result += byte < 0x20 || byte == 0x7F ? ' ' : c;
-        }
-    }
-    return result;
 }
 
 template <typename Value>
@@ -69,6 +54,27 @@ nlohmann::json record(const UsageSnapshot& snapshot) {
     };
 }
 
+/// With "/" escaped, and a whole number without a fraction. A number that is not finite is null.
+std::string scalar(const nlohmann::json& value) {
+    std::string text = value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    if (value.is_number_float() && text.ends_with(".0")) text.resize(text.size() - 2);
+    return Text::replacing(std::move(text), "/", "\\/");
+}
+
+/// With sorted keys, a line for each member and " : " between key and value.
+std::string pretty(const nlohmann::json& value, const std::string& indent = "") {
+    if (!value.is_structured() || value.empty()) return scalar(value);
+    const std::string inner = indent + "  ";
+    std::string members;
+    for (const auto& [key, member] : value.items()) {
+        members += (members.empty() ? "\n" : ",\n") + inner;
+        if (value.is_object()) members += scalar(key) + " : ";
+        members += pretty(member, inner);
+    }
+    return (value.is_object() ? "{" : "[") + members + "\n" + indent +
+           (value.is_object() ? "}" : "]");
+}
+
 }  // namespace
 
 CLI::Collected CLI::collectAll() {
@@ -83,7 +89,7 @@ std::string CLI::textReport(const Collected& collected) {
     std::string report = "Quillet by ZENDRIK\n";
     for (const auto& [provider, snapshot] : collected) {
         const std::string rest = snapshot.error ? " " + *snapshot.error : figures(snapshot);
-        report += withoutControls(std::string(provider.rawValue()) + ":" + rest) + "\n";
+        report += std::string(provider.rawValue()) + ":" + rest + "\n";
     }
     return report;
 }
@@ -92,7 +98,7 @@ std::string CLI::jsonReport(const Collected& collected) {
     auto records = nlohmann::json::array();
     for (const auto& [provider, snapshot] : collected)
         records.push_back(record(snapshot));
-    return JSON::pretty(records) + "\n";
+    return pretty(records) + "\n";
 }
 
 void CLI::status(bool json) {

@@ -4,17 +4,29 @@
 #include "Providers/CodexProvider.h"
 #include "Providers/GeminiProvider.h"
 #include "Providers/OpenCodeProvider.h"
+#include "Support/Text.h"
+
+namespace {
+
+template <typename Collector>
+UsageSnapshot collectWith() {
+    return Collector().collect();
+}
+
+constexpr UsageSnapshot (*collectors[])() = {
+    collectWith<ClaudeProvider>,
+    collectWith<CodexProvider>,
+    collectWith<GeminiProvider>,
+    collectWith<OpenCodeProvider>,
+};
+
+}  // namespace
 
 UsageSnapshot Collectors::collect(Provider provider) {
-    switch (provider) {
-    case Provider::claude:
-        return ClaudeProvider().collect();
-    case Provider::codex:
-        return CodexProvider().collect();
-    case Provider::gemini:
-        return GeminiProvider().collect();
-    case Provider::opencode:
-        return OpenCodeProvider().collect();
+    UsageSnapshot snapshot = collectors[provider]();
+    for (auto* label :
+         {&snapshot.planLabel, &snapshot.modelLabel, &snapshot.effortLabel, &snapshot.error}) {
+        if (*label) *label = Text::withoutControls(**label);
     }
-    return UsageSnapshot(provider);
+    return snapshot;
 }

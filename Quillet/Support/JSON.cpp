@@ -1,8 +1,5 @@
 #include "Support/JSON.h"
 
-#include <charconv>
-#include <cmath>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
@@ -78,54 +75,4 @@ std::optional<std::vector<JSONObject>> JSONObject::objects(const char* key) cons
     if (objects.size() == value->size()) return objects;
     document->mismatched = true;
     return std::nullopt;
-}
-
-namespace {
-
-/// Also escapes the controls that JSON lets stand, DEL and U+0080 to U+009F (in UTF-8 C2 80 to C2
-/// 9F): the document may be printed on a terminal.
-std::string quoted(const std::string& text) {
-    std::string escaped;
-    for (const char c : json(text).dump(-1, ' ', false, json::error_handler_t::replace)) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool isControl = byte >= 0x80 && byte < 0xA0 && escaped.ends_with('\xC2');
-        if (isControl) escaped.pop_back();
-        if (isControl || byte == 0x7F) {
-            char code[8];
-            std::snprintf(code, sizeof code, "\\u%04x", byte);
-            escaped += code;
-        } else {
-            if (c == '/') escaped += '\\';
-            escaped += c;
-        }
-    }
-    return escaped;
-}
-
-std::string shortest(double number) {
-    char text[32];
-    const auto end = std::to_chars(std::begin(text), std::end(text), number).ptr;
-    return std::isfinite(number) ? std::string(text, end) : "null";
-}
-
-std::string indented(const json& value, const std::string& indent) {
-    if (value.is_string()) return quoted(value.get_ref<const std::string&>());
-    if (value.is_number_float()) return shortest(value.get<double>());
-    if (!value.is_structured() || value.empty()) return value.dump();
-
-    const std::string inner = indent + "  ";
-    std::string members;
-    for (const auto& [key, member] : value.items()) {
-        members += (members.empty() ? "\n" : ",\n") + inner;
-        if (value.is_object()) members += quoted(key) + " : ";
-        members += indented(member, inner);
-    }
-    return (value.is_object() ? "{" : "[") + members + "\n" + indent +
-           (value.is_object() ? "}" : "]");
-}
-
-}  // namespace
-
-std::string JSON::pretty(const json& value) {
-    return indented(value, "");
 }

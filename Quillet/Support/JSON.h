@@ -37,11 +37,3 @@ private:
     std::shared_ptr<Document> document;  // keeps `node` alive
     const nlohmann::json* node;
 };
-
-namespace JSON {
-
-/// `value` with sorted keys, a line for each member, " : " between key and value and "/" escaped.
-/// Numbers take their shortest form; one that is not finite becomes null.
-std::string pretty(const nlohmann::json& value);
-
-}  // namespace JSON
