@@ -1,4 +1,4 @@
-// What any program pays that stands in the tray: an icon of 22 by 22 points and its menu.
+// What any Qt program with a tray icon pays: an icon of 22 by 22 points and its menu.
 #include <QApplication>
 #include <QMenu>
 #include <QSystemTrayIcon>

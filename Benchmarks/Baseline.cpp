@@ -1,4 +1,4 @@
-// Prints one line and needs its libraries, so that the loader can't leave them out.
+// Prints one line. It calls its libraries, so that the linker keeps them.
 #include <curl/curl.h>
 #include <sqlite3.h>
 

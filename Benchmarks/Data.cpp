@@ -24,6 +24,10 @@ std::string message(int number) {
            R"(,"cache":{"read":20412,"write":311}},"finish":"stop"})";
 }
 
+std::string twoDigits(int number) {
+    return std::to_string(100 + number).substr(1);
+}
+
 void execute(sqlite3* database, const char* statement) {
     if (sqlite3_exec(database, statement, nullptr, nullptr, nullptr) != SQLITE_OK) std::abort();
 }
@@ -72,10 +76,10 @@ void Data::writeSparseLog(const std::string& file, std::size_t size) {
 }
 
 void Data::writeTree(const std::string& root) {
-    for (int folder = 0; folder < 500; ++folder) {
+    for (int directory = 0; directory < 500; ++directory) {
         const std::string path =
-            TemporaryHome::at(root + "/project-" + std::to_string(folder / 20) + "/week-" +
-                              std::to_string(folder % 20) + "/");
+            TemporaryHome::at(root + "/project-" + std::to_string(directory / 20) + "/week-" +
+                              std::to_string(directory % 20) + "/");
         fs::create_directories(path);
         for (int file = 0; file < 200; ++file)
             std::ofstream(path + "session-" + std::to_string(file) + ".jsonl");
@@ -120,6 +124,19 @@ void Data::writeAssistants() {
     TemporaryHome::write(".gemini/tmp/session/logs.jsonl", lines);
     TemporaryHome::write(".local/share/opencode/auth.json", "{}");
     writeDatabase(".local/share/opencode/opencode.db", 200);
+}
+
+void Data::writeSessions() {
+    const std::string lines = log(4 << 10);
+    const Instant modifiedAt = Clock::now() - 86400;
+    for (int number = 0; number < 2500; ++number) {
+        const std::string name = std::to_string(number) + ".jsonl";
+        const std::string project = ".claude/projects/-home-user-" + std::to_string(number / 50);
+        const std::string day = ".codex/sessions/2025/" + twoDigits(1 + number / 250) + "/" +
+                                twoDigits(1 + number % 25);
+        TemporaryHome::write(project + "/" + name, lines, modifiedAt);
+        TemporaryHome::write(day + "/rollout-" + name, lines, modifiedAt);
+    }
 }
 
 void Data::writeLogins() {

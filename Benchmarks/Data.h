@@ -6,24 +6,26 @@
 /// Builds what the benchmarks read, at paths relative to the temporary home directory.
 namespace Data {
 
-/// Log lines, one in four of which tells of a request, cut at `size` bytes.
+/// Log lines, cut at `size` bytes. One in four is a request's.
 std::string log(std::size_t size);
 
-/// A chat of Gemini's of today, whose answers are three times as long as the prompts, cut at `size`
-/// bytes.
+/// One of today's Gemini chats, cut at `size` bytes. Answers are three times as long as prompts.
 std::string chat(std::size_t size);
 
-/// A file of `size` bytes without blocks on the disk and then 256 KiB of log.
+/// A sparse file of `size` bytes, and 256 KiB of log after them.
 void writeSparseLog(const std::string& file, std::size_t size);
 
-/// 500 folders of 200 empty files each, every one of them named *.jsonl.
+/// 500 directories of 200 empty files each, all of them named *.jsonl.
 void writeTree(const std::string& root);
 
-/// OpenCode's database with so many messages of the last hours.
+/// OpenCode's database with that many messages of the last hours.
 void writeDatabase(const std::string& file, int messages);
 
 /// Settings and logs of all four assistants; Claude and Codex are signed out.
 void writeAssistants();
+
+/// 5,000 older sessions of 4 KiB, half of them Claude's and half of them Codex's.
+void writeSessions();
 
 /// Signs Claude and Codex in.
 void writeLogins();

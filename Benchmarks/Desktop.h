@@ -2,15 +2,14 @@
 
 #include "Tests/Support/HTTPSServer.h"
 
-/// The lines of the table that are about the running application, signed in everywhere, beside a
-/// bare program with an icon in the same tray.
+/// The lines of the table that are about the running application.
 namespace Desktop {
 
-/// From its start to its icon, and what it holds and does while idle. `verbose` prints what kinds
-/// of memory below.
-void run(const HTTPSServer& server, bool verbose);
+/// Start, memory, threads and CPU time, signed in everywhere, beside a bare Qt program with an icon
+/// in the same tray.
+void run(const HTTPSServer& server);
 
-/// How long a refresh holds the main thread. `verbose` prints its median and the work in it, too.
+/// How long a refresh holds the main thread. `verbose` adds its median and its CPU time.
 void refresh(bool verbose);
 
 }  // namespace Desktop

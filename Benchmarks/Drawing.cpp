@@ -1,6 +1,6 @@
-// Prints what drawing costs, in milliseconds: everything that a refresh draws, for the first time
-// and from then on, and then a line for each part of it. A program of its own, so that the one that
-// prints the table needs no toolkit.
+// Prints what drawing costs in milliseconds: all that a refresh draws, the first time and from then
+// on, and then a line for each part of it. This is a program of its own so that quillet-bench runs
+// without Qt.
 #include <QApplication>
 #include <cstdio>
 #include <cstdlib>
@@ -18,7 +18,7 @@ namespace {
 constexpr double scale = 2;  // pixels per point
 constexpr int rounds = 101;
 
-/// All four with everything that there is to draw.
+/// All four providers with everything that can be drawn.
 StatusSummary::Snapshots makeSnapshots() {
     StatusSummary::Snapshots snapshots;
     double percent = 23;
@@ -84,27 +84,27 @@ void printPart(const char* name, const Measure::Work& work) {
     std::printf("%-32s %8.3f ms\n", name, Measure::median(rounds, work));
 }
 
-/// A word of the drawing vocabulary by itself, on a picture that is there already.
-void printWord(const char* name, const std::function<void(Canvas&)>& word) {
-    Picture::of({400, 40}, scale, [&](Canvas& canvas) { printPart(name, [&] { word(canvas); }); });
+/// One call of Canvas, on a picture made before.
+void printCall(const char* name, const std::function<void(Canvas&)>& call) {
+    Picture::of({400, 40}, scale, [&](Canvas& canvas) { printPart(name, [&] { call(canvas); }); });
 }
 
-void printWords() {
+void printCalls() {
     constexpr Rect bar{10, 18, 80, 5};
     const Glow glow{Color::white(0.9), 5};
     const TextStyle style{11, FontWeight::bold, 0, true};
     const TextLine line("Opus 4.7 · High", style);
     const Instant reset = Clock::now() + 11130;
     printPart("a text: layout", [&] { TextLine("Opus 4.7 · High", style); });
-    printWord("a text: drawing", [&](Canvas& canvas) {
+    printCall("a text: drawing", [&](Canvas& canvas) {
         canvas.draw(line, {10, 10}, Color::white());
     });
-    printWord("a dot's glow", [&](Canvas& canvas) { canvas.glowRounded({20, 18, 6, 6}, 3, glow); });
-    printWord("a bar's glow", [&](Canvas& canvas) { canvas.glowRounded(bar, 2.5, glow); });
-    printWord("a bar with gradient", [&](Canvas& canvas) {
+    printCall("a dot's glow", [&](Canvas& canvas) { canvas.glowRounded({20, 18, 6, 6}, 3, glow); });
+    printCall("a bar's glow", [&](Canvas& canvas) { canvas.glowRounded(bar, 2.5, glow); });
+    printCall("a bar with gradient", [&](Canvas& canvas) {
         canvas.fillRoundedGradient(bar, 2.5, Color::black(), Color::white());
     });
-    printWord("a gauge", [&](Canvas& canvas) {
+    printCall("a gauge", [&](Canvas& canvas) {
         UsageGauge(UsageGauge::panel, "5h", 42, reset, {10, 10, 188, 16}).draw(canvas);
     });
 }
@@ -125,5 +125,5 @@ int main(int argc, char** argv) {
     printPart("the summary", [&] { surfaces.drawSummary(); });
     printPart("the glyph", [&] { surfaces.drawGlyph(); });
     printPart("the panel", [&] { surfaces.drawPanel(); });
-    printWords();
+    printCalls();
 }

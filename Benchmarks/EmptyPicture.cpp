@@ -1,5 +1,5 @@
-// EmptyPicture <file> <width> <height>: what any program pays that draws with the toolkit off
-// screen and writes a PNG.
+// EmptyPicture <file> <width> <height>: what any program pays that draws with Qt off screen and
+// writes a PNG.
 #include <QApplication>
 #include <QImage>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// Every line of the table sets one thing that users wait for against a yardstick that is measured
-// beside it.
+// Prints a table. Each line compares something that users wait for with a program that does the
+// same, or with a fixed limit.
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -27,13 +27,13 @@ using Measure::requireSame;
 using Measure::run;
 
 constexpr std::size_t tailSize = 256 << 10;
-constexpr double roomForNoise = 1.2;  // between two things that should cost the same
+constexpr double noiseRatio = 1.2;  // between two things that should cost the same
 
 Measure::Work program(const std::vector<std::string>& command) {
     return [command] { run(command); };
 }
 
-// Nobody signed in needs the network here, so this is what every prompt or cron job pays.
+// No login here needs the network: this is what every prompt or cron job pays.
 void status() {
     Data::writeAssistants();
     const std::string report = run({QUILLET, "status", "--json"});
@@ -54,10 +54,10 @@ void newestFile() {
     requireSame("the newest file", LocalFiles::newestFile(tree, ".jsonl").value_or("") + "\n",
                 found.substr(found.find(' ') + 1));
     compare(
-        "newestFile of 100,000 in 500 folders : find | sort | tail", 11,
+        "newestFile of 100,000 files : find | sort | tail", 11,
         [&] { LocalFiles::newestFile(tree, ".jsonl"); }, program({"sh", "-c", find}), 0.5);
     compare(
-        "newestFile, none of the names matches : find by the name alone", 11,
+        "newestFile, no name matches : find by name alone", 11,
         [&] { LocalFiles::newestFile(tree, ".log"); }, program({"find", tree, "-name", "*.log"}),
         1);
 }
@@ -71,7 +71,7 @@ void tail() {
                 Data::log(tailSize));
     compare(
         "tail of a 2 GiB log : of a 1 MiB log", 500, [&] { LocalFiles::tail(large, tailSize); },
-        [&] { LocalFiles::tail(small, tailSize); }, roomForNoise);
+        [&] { LocalFiles::tail(small, tailSize); }, noiseRatio);
 }
 
 void collectorPass(const HTTPSServer& server) {
@@ -83,7 +83,7 @@ void collectorPass(const HTTPSServer& server) {
                 std::to_string(42.0));
     requireSame("Codex's plan", first[1].second.planLabel.value_or("none"), "Plus");
     const double took = Measure::median(500, [] { CLI::collectAll(); });
-    compare("one pass of all four collectors on warm caches, limit 1 ms", took, 1, "ms ", 1);
+    compare("one pass of all collectors, warm caches, limit 1 ms", took, 1, "ms ", 1);
 }
 
 void openCodeTokens() {
@@ -104,10 +104,10 @@ void openCodeTokens() {
     };
     const auto sum = [&] { return OpenCodeProvider::tokensInLastFiveHours(database).value_or(-1); };
     requireSame("OpenCode's tokens", std::to_string(sum()) + "\n", shell());
-    compare("OpenCode's tokens in 200,000 messages : the sqlite3 shell", 11, sum, shell, 1.1);
+    compare("OpenCode's tokens in 200,000 messages : sqlite3", 11, sum, shell, 1.1);
 }
 
-/// Against grep over 200 files with this text, of which `counted` is a pattern of what counts.
+/// Against grep over 200 files of `text`. `counted` matches each line that is a request.
 void geminiRequests(const std::string& name, const std::string& text, const std::string& counted) {
     const std::string home = "gemini-" + name;
     TemporaryHome::write(home + "/.gemini/oauth_creds.json", "{}");
@@ -138,7 +138,7 @@ void request(const HTTPSServer& server) {
         return HTTP::get(url, {{"Accept", "application/json"}}, 8).value_or(HTTP::Response{}).data;
     };
     requireSame("a reply", get(), run(curl));
-    compare("HTTP::get over a warm connection : the curl command", 50, get, program(curl), 0.5);
+    compare("HTTP::get with a new connection : the curl command", 50, get, program(curl), 0.7);
 }
 
 }  // namespace
@@ -149,7 +149,7 @@ int main(int argc, char** argv) {
     for (const char* proxy : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"})
         unsetenv(proxy);
     const TemporaryHome home;
-    setenv("HOME", TemporaryHome::path().c_str(), 1);  // for the programs that are run
+    setenv("HOME", TemporaryHome::path().c_str(), 1);  // for child processes
 
     status();  // first, while this process is small
 #ifdef DESKTOP
@@ -166,7 +166,7 @@ int main(int argc, char** argv) {
     request(server);
 #ifdef DESKTOP
     Desktop::refresh(verbose);
-    Desktop::run(server, verbose);
+    Desktop::run(server);
 #endif
     return Measure::withinBudgets() ? 0 : 1;
 }

@@ -28,9 +28,9 @@ double middle(std::vector<double>& values) {
 
 void addLine(const std::string& name, double ours, double other, const char* unit, double budget) {
     static const bool headed =
-        std::printf("%-62s %12s %12s %7s %7s\n", "", "ours", "other", "ratio", "budget") > 0;
+        std::printf("%-55s %12s %12s %6s %6s\n", "", "ours", "other", "ratio", "budget") > 0;
     const bool good = headed && ours / other <= budget;
-    std::printf("%-62s %9.3f %s %9.3f %s %7.2f %7.2f  %s\n", name.c_str(), ours, unit, other, unit,
+    std::printf("%-55s %8.3f %s %8.3f %s %6.2f %6.2f  %s\n", name.c_str(), ours, unit, other, unit,
                 ours / other, budget, good ? "ok" : "OVER");
     std::fflush(stdout);
     allGood = allGood && good;
@@ -86,9 +86,9 @@ double Measure::median(int rounds, const Work& ours) {
     return middle(took);
 }
 
-std::vector<char*> Measure::pointers(const std::vector<std::string>& texts) {
-    std::vector<char*> all(texts.size() + 1);
-    std::ranges::transform(texts, all.begin(),
+std::vector<char*> Measure::pointers(const std::vector<std::string>& strings) {
+    std::vector<char*> all(strings.size() + 1);
+    std::ranges::transform(strings, all.begin(),
                            [](const auto& text) { return const_cast<char*>(text.c_str()); });
     return all;
 }
@@ -120,8 +120,8 @@ std::string Measure::run(const std::vector<std::string>& command) {
     return output;
 }
 
-// A child's peak counts what it had before the new program took its place. After posix_spawn that
-// is all of this process's memory, after fork only the few pages of its own.
+// A child's peak includes what it had before exec. After posix_spawn that is all of this process's
+// memory, after fork only a few pages.
 double Measure::peakMemory(const std::vector<std::string>& command) {
     const pid_t child = fork();
     if (child == 0) {

@@ -4,19 +4,17 @@
 #include <string>
 #include <vector>
 
-/// Timing and the table. Two things are always measured in turns, so that what else the machine
-/// does hits both.
+/// Timing and the table. Two things are measured in turns, so that other load hits both.
 namespace Measure {
 
 using Work = std::function<void()>;
 using Figure = std::function<double()>;
 
-/// Adds a line with the medians of both in milliseconds, their ratio and the highest ratio that is
-/// good enough.
+/// Adds a line with both medians in milliseconds, their ratio and the highest ratio allowed.
 void compare(const std::string& name, int rounds, const Work& ours, const Work& other,
              double budget);
 
-/// The same with the medians of two figures that are found in so many rounds.
+/// The same for two figures in `unit`.
 void compareFigures(const std::string& name, int rounds, const Figure& ours, const Figure& other,
                     const std::string& unit, double budget);
 
@@ -33,17 +31,16 @@ double median(int rounds, const Work& ours);
 /// Whether every line so far kept its budget.
 bool withinBudgets();
 
-/// A command or an environment as the system takes it, with a null at its end; valid as long as
-/// `texts`.
-std::vector<char*> pointers(const std::vector<std::string>& texts);
+/// A command or an environment for exec, with a null at its end; valid as long as `strings`.
+std::vector<char*> pointers(const std::vector<std::string>& strings);
 
 /// Standard output of a program that must succeed.
 std::string run(const std::vector<std::string>& command);
 
-/// The most memory that the program had resident, in MiB.
+/// The program's peak resident set in MiB.
 double peakMemory(const std::vector<std::string>& command);
 
-/// Ends the benchmark: a comparison of two things that don't agree says nothing.
+/// Ends the benchmark if the two differ: comparing them would say nothing.
 void requireSame(const std::string& what, const std::string& ours, const std::string& other);
 
 }  // namespace Measure

@@ -7,8 +7,7 @@
 #include "Tests/Support/TemporaryHome.h"
 
 void Pictures::command() {
-    setenv("QT_LOGGING_RULES", "*=false",
-           1);  // the toolkit complains on machines without a session
+    setenv("QT_LOGGING_RULES", "*=false", 1);  // Qt warns on machines without a session
     const std::string file = TemporaryHome::at("panel.png");
     const std::vector<std::string> panel = {QUILLET, "panel", "--out", file};
     const std::vector<std::string> empty = {EMPTY_PICTURE, TemporaryHome::at("empty.png"), "784",
@@ -17,8 +16,8 @@ void Pictures::command() {
     Measure::compare("peak memory of `quillet panel` : of an empty picture",
                      Measure::peakMemory(panel), Measure::peakMemory(empty), "MiB", 2);
     Measure::compare(
-        "`quillet panel`, four providers : an empty picture of its size", 50,
-        [&] { Measure::run(panel); }, [&] { Measure::run(empty); }, 1.5);
+        "`quillet panel`, four providers : an empty picture", 50, [&] { Measure::run(panel); },
+        [&] { Measure::run(empty); }, 1.5);
 }
 
 void Pictures::refresh(bool verbose) {

@@ -1,13 +1,12 @@
 #pragma once
 
-/// The lines of the table that are about the desktop half. The toolkit is in the programs that they
-/// run.
+/// The lines of the table that are about drawing. Qt is only in the programs that they run.
 namespace Pictures {
 
-/// The whole command, offline.
+/// `quillet panel`, offline.
 void command();
 
-/// All that a refresh draws. `verbose` prints what each part of it costs below.
+/// All that a refresh draws. `verbose` adds what each part costs.
 void refresh(bool verbose);
 
 }  // namespace Pictures

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,7 +15,7 @@
 
 namespace {
 
-double field(const std::string& file, const std::string& name) {
+double fieldOf(const std::string& file, const std::string& name) {
     std::ifstream stream(file);
     for (std::string line; std::getline(stream, line);)
         if (line.starts_with(name + ":")) return std::stod(line.substr(name.size() + 1));
@@ -54,8 +55,15 @@ std::string Process::firstLine() const {
     return line;
 }
 
-double Process::status(const std::string& name) const {
-    return field("/proc/" + std::to_string(id) + "/status", name);
+double Process::field(const std::string& file, const std::string& name) const {
+    return fieldOf("/proc/" + std::to_string(id) + "/" + file, name);
+}
+
+double Process::cpuTime() const {
+    clockid_t clock{};
+    timespec time{};
+    if (clock_getcpuclockid(id, &clock) != 0 || clock_gettime(clock, &time) != 0) return 0;
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
 std::map<std::string, long> Process::switches() const {
@@ -65,7 +73,7 @@ std::map<std::string, long> Process::switches() const {
          std::filesystem::directory_iterator("/proc/" + std::to_string(id) + "/task", gone)) {
         const std::string file = task.path() / "status";
         const double both =
-            field(file, "voluntary_ctxt_switches") + field(file, "nonvoluntary_ctxt_switches");
+            fieldOf(file, "voluntary_ctxt_switches") + fieldOf(file, "nonvoluntary_ctxt_switches");
         counts[task.path().filename()] = static_cast<long>(both);
     }
     return counts;

@@ -16,10 +16,14 @@ public:
 
     std::string firstLine() const;  ///< Of its standard output; waits for it.
 
-    /// What the kernel says of it under "VmRSS", "Threads" and the like, in its units.
-    double status(const std::string& field) const;
+    /// Of "status", "smaps_rollup" or another file that the kernel has for it, in the kernel's
+    /// units.
+    double field(const std::string& file, const std::string& name) const;
 
-    /// How often each thread gave up or lost its processor, by thread.
+    /// CPU time so far, in seconds; threads that have ended count.
+    double cpuTime() const;
+
+    /// How often each thread was switched away from, by thread.
     std::map<std::string, long> switches() const;
 
 private:

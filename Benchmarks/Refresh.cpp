@@ -1,6 +1,6 @@
-// Prints how long, in milliseconds, a refresh holds the main thread in 99 of 100 cases: the
-// application takes new figures for all four providers while all of its surfaces are shown, and
-// paints them anew at 2 pixels per point.
+// Prints for how many milliseconds a refresh holds the main thread, 99 of 100 times: the
+// application takes new figures for all four providers and paints all of its surfaces at 2 pixels
+// per point.
 #include <QApplication>
 #include <QEventLoop>
 #include <QTimer>
@@ -18,8 +18,7 @@
 namespace {
 
 constexpr int rounds = 1000;
-constexpr int cornerDelay =
-    4000;  // milliseconds until the item stands on the desktop, which has no tray
+constexpr int cornerDelay = 4000;  // milliseconds until the corner item shows; there is no tray
 
 /// Notes which widgets have been painted.
 class Painted : public QObject {
@@ -61,7 +60,7 @@ double now(clockid_t clock) {
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-/// By the clock, and what this thread worked of it.
+/// The time by the clock and this thread's CPU time.
 std::pair<double, double> timed(const std::function<void()>& work) {
     const double start = now(CLOCK_MONOTONIC);
     const double startOfWork = now(CLOCK_THREAD_CPUTIME_ID);
@@ -94,7 +93,7 @@ public:
         handleEventsFor(500);
     }
 
-    /// New figures each time, so that no glow is one from before.
+    /// Each round has figures of its own, so that no glow comes from the round before.
     void apply(int round) {
         AppDelegate::Snapshots results;
         for (const Provider provider : Provider::allCases()) {
@@ -151,5 +150,5 @@ int main(int argc, char** argv) {
         if (!probe.allIn(painted.widgets)) return 1;
     }
     printCases("held", held);
-    printCases("of that at work", busy);
+    printCases("CPU time", busy);
 }

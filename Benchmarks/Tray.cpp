@@ -12,14 +12,14 @@
 namespace {
 
 using Time = std::chrono::steady_clock;
-constexpr auto patience = std::chrono::seconds(10);
+constexpr auto timeout = std::chrono::seconds(10);
 
 template <typename Reply>
 std::unique_ptr<Reply, void (*)(void*)> owned(Reply* reply) {
     return {reply, std::free};
 }
 
-/// Gives absent when there is none until then.
+/// Null if none comes until then.
 std::unique_ptr<xcb_generic_event_t, void (*)(void*)> nextEvent(xcb_connection_t* connection,
                                                                 Time::time_point until) {
     for (;;) {
@@ -31,11 +31,11 @@ std::unique_ptr<xcb_generic_event_t, void (*)(void*)> nextEvent(xcb_connection_t
     }
 }
 
-std::string runtimeFolder() {
-    std::string folder = TemporaryHome::beside("runtime");
-    std::filesystem::create_directories(folder);
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
-    return folder;
+std::string runtimeDirectory() {
+    std::string directory = TemporaryHome::beside("runtime");
+    std::filesystem::create_directories(directory);
+    std::filesystem::permissions(directory, std::filesystem::perms::owner_all);
+    return directory;
 }
 
 std::vector<std::string> joined(std::vector<std::string> first,
@@ -56,15 +56,15 @@ Tray::Tray(const std::vector<std::string>& more)
       bus({"dbus-daemon", "--session", "--nofork", "--print-address=1"}, {}),
       display(":" + server.firstLine()),
       variables(joined({"HOME=" + TemporaryHome::path(), "PATH=" + std::string(std::getenv("PATH")),
-                        "LANG=C.UTF-8", "XDG_RUNTIME_DIR=" + runtimeFolder(), "DISPLAY=" + display,
-                        "DBUS_SESSION_BUS_ADDRESS=" + bus.firstLine()},
+                        "LANG=C.UTF-8", "XDG_RUNTIME_DIR=" + runtimeDirectory(),
+                        "DISPLAY=" + display, "DBUS_SESSION_BUS_ADDRESS=" + bus.firstLine()},
                        more)),
       host({"trayer"}, variables),
       connection(xcb_connect(display.c_str(), nullptr), xcb_disconnect) {
     const int error = xcb_connection_has_error(connection.get());
     Measure::requireSame("a display", error == 0 ? display : "none", display);
     const auto* const screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data;
-    for (const auto end = Time::now() + patience; !hasHost() && Time::now() < end;)
+    for (const auto end = Time::now() + timeout; !hasHost() && Time::now() < end;)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     select(connection.get(), screen->root, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
 }
@@ -88,8 +88,8 @@ bool Tray::isShown(xcb_window_t window) const {
 }
 
 bool Tray::awaitIcon() {
-    // Nobody else gives windows of the screen another parent: there is no window manager.
-    const auto end = Time::now() + patience;
+    // Only the tray gives windows a new parent, as there is no window manager.
+    const auto end = Time::now() + timeout;
     xcb_window_t icon = XCB_NONE;
     while (const auto event = nextEvent(connection.get(), end)) {
         if ((event->response_type & 0x7f) == XCB_REPARENT_NOTIFY) {

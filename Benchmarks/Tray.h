@@ -8,17 +8,16 @@
 
 #include "Process.h"
 
-/// A desktop of its own: a display, a session bus, and a tray that embeds icons.
+/// A desktop of its own: a display, a session bus and a tray that embeds X windows.
 class Tray {
 public:
-    /// `more` stands in the environment of the programs that run on it.
+    /// `more` joins the environment of the programs that run on it.
     explicit Tray(const std::vector<std::string>& more);
 
-    /// Of the programs that run on it.
+    /// For the programs that run on it.
     const std::vector<std::string>& environment() const { return variables; }
 
-    /// Waits until the tray has taken one more icon into its window and shows it there, or until 10
-    /// seconds have passed without one.
+    /// Waits until the tray has embedded and mapped one more icon; gives up after 10 seconds.
     bool awaitIcon();
 
 private:
