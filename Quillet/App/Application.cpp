@@ -1,6 +1,5 @@
 #include "App/Application.h"
 
-#include <malloc.h>
 #include <sys/signalfd.h>
 
 #include <QApplication>
@@ -92,8 +91,6 @@ void Application::run() {
         return;
     }
     const int signalDescriptor = openSignals();
-    mallopt(M_ARENA_MAX, 2);                // each pass is a thread, which would get its own heap
-    mallopt(M_MMAP_THRESHOLD, 128 * 1024);  // the default, which pictures would raise for good
     qInstallMessageHandler(handleMessage);
 
     int count = 1;

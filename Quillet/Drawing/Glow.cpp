@@ -3,14 +3,13 @@
 // length.
 #include "Drawing/Glow.h"
 
+#include <QCache>
 #include <QImage>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <vector>
-
-#include "Drawing/Cache.h"
 
 namespace {
 
@@ -125,12 +124,14 @@ QRectF atQuarters(const QRectF& rect) {
             QPointF(nearest(rect.right()), nearest(rect.bottom()))};
 }
 
+/// Refreshes draw mostly the same glows, so their tiles are kept.
 QImage imageOf(const Tile& tile) {
     constexpr int maxBytes = 512 * 1024;
     static QCache<Tile, QImage> cache(maxBytes);
-    return Cache::findOrMake(
-        cache, tile, [&] { return blurred(tile); },
-        [](const QImage& image) { return image.sizeInBytes(); });
+    if (const QImage* const known = cache.object(tile)) return *known;
+    const QImage image = blurred(tile);
+    cache.insert(tile, new QImage(image), static_cast<int>(image.sizeInBytes()));
+    return image;
 }
 
 }  // namespace

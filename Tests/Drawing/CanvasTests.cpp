@@ -117,7 +117,6 @@ TEST(TextLine, WidthFollowsKernDigitsAndSizeAlone) {
         EXPECT_NEAR(width(std::string(4, digit), 10, 0, true), width("1111", 10, 0, true), 0.01)
             << digit;
     EXPECT_LT(width("1111", 10), width("0000", 10)) << "digits of their own widths otherwise";
-    EXPECT_EQ(width("a\nb\tc", 10), width("a b c", 10));
     EXPECT_EQ(width(std::string(1 << 20, 'm'), 10), width(std::string(1000, 'm'), 10))
         << "takes seconds";
     EXPECT_EQ(TextLine("", {10}).height(), TextLine("Hg", {10}).height());
