@@ -30,6 +30,5 @@ Instant Clock::startOfDay(Instant instant) {
     localtime_r(&seconds, &day);
     day.tm_hour = day.tm_min = day.tm_sec = 0;
     day.tm_isdst = -1;
-    return static_cast<Instant>(
-        std::mktime(&day));  // takes a skipped midnight as the gap's far end
+    return static_cast<Instant>(std::mktime(&day));  // the gap's end if midnight is skipped
 }

@@ -6,18 +6,16 @@
 
 namespace {
 
-// Asked again and again, but a machine keeps its model.
-std::string modelOnce() {
+std::string systemModel() {
     static const std::string model = HardwareModel::namedIn("/sys/class/dmi/id/product_name");
     return model;
 }
 
-std::atomic<HardwareModel::Source> currentSource = modelOnce;
+std::atomic<HardwareModel::Source> currentSource = systemModel;
 
 }  // namespace
 
 std::string HardwareModel::namedIn(const std::string& path) {
-    // Such a file gives a page as its size whatever is in it, so there is nothing at its end.
     std::string text = RegularFile::contents(path).value_or("");
     text.erase(text.find_last_not_of(" \n") + 1);
     return text;
@@ -28,5 +26,5 @@ std::string HardwareModel::identifier() {
 }
 
 HardwareModel::Source HardwareModel::exchangeSource(Source source) {
-    return currentSource.exchange(source ? source : modelOnce);
+    return currentSource.exchange(source ? source : systemModel);
 }

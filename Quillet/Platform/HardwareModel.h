@@ -2,19 +2,18 @@
 
 #include <string>
 
-/// The machine's model identifier as its firmware tells it, for example "MacBookPro16,1".
+/// The machine's model identifier according to its firmware, for example "MacBookPro16,1".
 namespace HardwareModel {
 
-/// Empty where the firmware doesn't tell.
+/// Empty if the firmware doesn't give one.
 std::string identifier();
 
-/// What a file of the kernel's says, without the end of its line; empty if it can't be read.
+/// The line in a file under /sys; empty if it can't be read.
 std::string namedIn(const std::string& path);
 
 using Source = std::string (*)();
 
-/// Replaces what `identifier` asks and returns what it asked before; nullptr stands for the
-/// firmware.
+/// Replaces the source behind `identifier` and returns the one before; nullptr is the firmware.
 Source exchangeSource(Source source);
 
 }  // namespace HardwareModel

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// The platform's secret store. Linux desktops have several and servers none, so no store is asked
-/// here.
+/// The platform's secret store. On Linux, where desktops have several and servers none, no store is
+/// asked.
 namespace Keychain {
 
 /// The secret stored for `service`; absent where there is no such item or no store.
@@ -13,7 +13,7 @@ std::optional<std::string> genericPassword(std::string_view service);
 
 using Lookup = std::optional<std::string> (*)(std::string_view service);
 
-/// Replaces the store that is asked and returns the one before; nullptr stands for the platform's.
+/// Replaces the store and returns the one before; nullptr is the platform's.
 Lookup exchangeLookup(Lookup lookup);
 
 }  // namespace Keychain

@@ -6,13 +6,15 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 namespace {
 
-/// An open file descriptor, closed at the end of its scope.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number(number) {}
+/// A file opened for reading.
+struct Descriptor {
+    /// Without O_NONBLOCK, opening a FIFO waits for a writer.
+    explicit Descriptor(const std::string& path)
+        : number(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
     ~Descriptor() {
         if (number >= 0) close(number);
     }
@@ -22,7 +24,7 @@ public:
     const int number;
 };
 
-/// Size of the open file in bytes; absent if it is not a regular one.
+/// In bytes; absent if the file isn't a regular one.
 std::optional<std::size_t> regularSize(const Descriptor& file) {
     struct stat status {};
     if (file.number < 0 || fstat(file.number, &status) != 0 || !S_ISREG(status.st_mode))
@@ -30,8 +32,7 @@ std::optional<std::size_t> regularSize(const Descriptor& file) {
     return static_cast<std::size_t>(status.st_size);
 }
 
-/// From `offset` to the file's end as it is now, but no more than `maxBytes`. A file that shrank or
-/// grew since its size was read is no error.
+/// At most `maxBytes` from `offset` on. The file may have shrunk since its size was read.
 std::optional<std::string> readFrom(const Descriptor& file, std::size_t offset,
                                     std::size_t maxBytes) {
     std::string bytes(maxBytes, '\0');
@@ -48,28 +49,21 @@ std::optional<std::string> readFrom(const Descriptor& file, std::size_t offset,
     return bytes;
 }
 
-// Without O_NONBLOCK, opening a FIFO waits for somebody to write to it.
-Descriptor openForReading(const std::string& path) {
-    return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-}
-
 }  // namespace
 
 std::optional<std::string> RegularFile::contents(const std::string& path) {
-    const auto file = openForReading(path);
-    const auto size = regularSize(file);
-    if (!size || *size > largestWhole) return std::nullopt;
-    return readFrom(file, 0, *size);
+    auto bytes = beginning(path, maxFileBytes + 1);
+    return bytes && bytes->size() <= maxFileBytes ? std::move(bytes) : std::nullopt;
 }
 
 std::optional<std::string> RegularFile::beginning(const std::string& path, std::size_t maxBytes) {
-    const auto file = openForReading(path);
+    const Descriptor file(path);
     const auto size = regularSize(file);
     return size ? readFrom(file, 0, std::min(*size, maxBytes)) : std::nullopt;
 }
 
 std::optional<std::string> RegularFile::ending(const std::string& path, std::size_t maxBytes) {
-    const auto file = openForReading(path);
+    const Descriptor file(path);
     const auto size = regularSize(file);
     if (!size) return std::nullopt;
     const std::size_t length = std::min(*size, maxBytes);

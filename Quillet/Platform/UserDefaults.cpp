@@ -8,6 +8,7 @@
 #include "Platform/RegularFile.h"
 #include "Platform/WholeFile.h"
 
+namespace fs = std::filesystem;
 using nlohmann::json;
 
 namespace {
@@ -16,7 +17,7 @@ std::string filePath() {
     return HomeDirectory::expanding("~/.config/quillet/defaults.json");
 }
 
-constexpr int maxDepth = 100;  // writing a value recurses as deep as it is
+constexpr int maxDepth = 100;  // writing a value recurses as deep as it is nested
 
 /// Discarded when the text isn't an object.
 json parseObject(std::string_view text) {
@@ -32,45 +33,39 @@ json parseObject(std::string_view text) {
 json read() {
     const std::string path = filePath();
     std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) return json::object();
+    if (!fs::exists(path, ignored)) return json::object();
     return parseObject(RegularFile::contents(path).value_or(""));
 }
 
-/// What could not be written yet.
-json& unwritten() {
-    static json values = json::object();
-    return values;
-}
+json unwritten = json::object();  // what could not be written yet
 
 json value(const std::string& key) {
-    if (unwritten().contains(key)) return unwritten()[key];
+    if (unwritten.contains(key)) return unwritten[key];
     const json stored = read();
     return stored.is_object() ? stored.value(key, json()) : json();
 }
 
 /// Renames an unreadable file, which may have been written by hand, to the first free name.
-bool setAside(const std::filesystem::path& path) {
+bool setAside(const fs::path& path) {
     std::error_code error;
     std::string aside = path.string() + ".unreadable";
-    for (int count = 2; std::filesystem::exists(std::filesystem::symlink_status(aside, error));
-         ++count) {
+    for (int count = 2; fs::exists(fs::symlink_status(aside, error)); ++count)
         aside = path.string() + ".unreadable-" + std::to_string(count);
-    }
-    std::filesystem::rename(path, aside, error);
+    fs::rename(path, aside, error);
     return !error;
 }
 
 void write(const std::string& key, json value) {
-    const std::filesystem::path path = filePath();
+    const fs::path path = filePath();
     std::error_code ignored;
-    std::filesystem::create_directories(path.parent_path(), ignored);
-    unwritten()[key] = std::move(value);
+    fs::create_directories(path.parent_path(), ignored);
+    unwritten[key] = std::move(value);
     json stored = read();
     if (stored.is_discarded() && !setAside(path)) return;
     if (stored.is_discarded()) stored = json::object();
-    stored.update(unwritten());
+    stored.update(unwritten);
     const std::string text = stored.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
-    if (WholeFile::write(path, text, WholeFile::Flush::yes)) unwritten() = json::object();
+    if (WholeFile::write(path, text, WholeFile::Flush::yes)) unwritten = json::object();
 }
 
 }  // namespace

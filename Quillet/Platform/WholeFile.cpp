@@ -21,8 +21,8 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-/// The permissions of the file to be: those of the one that it replaces, else what a new file
-/// usually gets. Absent where something stands that is no file, such as a device.
+/// Those of the file to replace, else a new file's usual ones. Absent if there is something else,
+/// such as a device.
 std::optional<mode_t> permissions(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return 0644;
@@ -35,8 +35,8 @@ std::optional<mode_t> permissions(const std::string& path) {
 bool WholeFile::write(const std::string& path, std::string_view bytes, Flush flush) {
     const auto mode = permissions(path);
     if (!mode) return false;
-    // In the same folder, so that the rename is one step, and with a name short enough beside the
-    // longest.
+    // Renaming is atomic only within a file system. The name must not be longer than the maximum,
+    // so it isn't derived from the file's.
     std::string temporary = path.substr(0, path.rfind('/') + 1) + ".quillet-XXXXXX";
     const int file = mkostemp(temporary.data(), O_CLOEXEC);
     if (file < 0) return false;

@@ -3,16 +3,15 @@
 #include <string>
 #include <string_view>
 
-/// Files that are there whole or not at all, whenever the program ends.
+/// Atomic writes: a file is there as a whole or not at all, whenever the program ends.
 namespace WholeFile {
 
-/// Whether the bytes are on the disk before the name is, which only matters when the machine itself
-/// fails.
+/// Whether to flush the bytes to the disk before the rename, in case the machine crashes.
 enum class Flush { no, yes };
 
-/// Replaces what is at `path`, a link itself and not what it leads to, through a temporary file
-/// beside it. False if that failed or no file stands there, but a device, say; then nothing has
-/// changed and no temporary file is left.
+/// Replaces the file at `path`, or the link itself, through a temporary file in the same directory.
+/// False if that failed or there is something else, such as a device; then nothing has changed and
+/// no temporary file is left.
 bool write(const std::string& path, std::string_view bytes, Flush flush);
 
 }  // namespace WholeFile

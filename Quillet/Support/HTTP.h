@@ -24,11 +24,11 @@ struct FieldOrder {
 /// Field names, compared without case, and their values.
 using Headers = std::map<std::string, std::string, FieldOrder>;
 
-/// Fetches `url` afresh, past every cache. `timeout` is how long, in seconds, the transfer may
-/// stand still; the call itself returns after at most `timeout` + 2 seconds. Absent when no whole
-/// response came by then, when the URL or a redirect leaves https, when the certificate does not
-/// check out, or when a header can't be sent as it is. Callable from several threads at once, never
-/// from the user interface's.
+/// Fetches `url` over a connection of its own, past every cache. The call ends when nothing has
+/// come for `timeout` seconds, and after `timeout` + 2 seconds at the latest. Absent when there is
+/// no whole response by then, or too large a one, when the URL or a redirect isn't https, when the
+/// certificate isn't valid, or when a header contains a line break. Callable from several threads
+/// at once, never from the GUI's.
 std::optional<Response> get(const std::string& url, const Headers& headers, double timeout);
 
 /// Ends HTTP for good, as the program ends: calls under way return absent at once, and so do later

@@ -1,5 +1,5 @@
-// Session folders hold up to hundreds of thousands of logs, so a walk reads names alone and looks
-// at a file only when its name matches.
+// Session directories may hold hundreds of thousands of logs, so a file is only examined when its
+// name matches.
 #include "Support/LocalFiles.h"
 
 #include <dirent.h>
@@ -21,17 +21,17 @@
 
 namespace {
 
-using Folder = std::unique_ptr<DIR, decltype([](DIR* folder) { closedir(folder); })>;
+using Directory = std::unique_ptr<DIR, decltype([](DIR* directory) { closedir(directory); })>;
 
-Folder openFolder(const std::string& path, int flags) {
+Directory openDirectory(const std::string& path, int flags) {
     const int descriptor =
         open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC | flags);
-    Folder folder(descriptor < 0 ? nullptr : fdopendir(descriptor));
-    if (!folder && descriptor >= 0) close(descriptor);
-    return folder;
+    Directory directory(descriptor < 0 ? nullptr : fdopendir(descriptor));
+    if (!directory && descriptor >= 0) close(descriptor);
+    return directory;
 }
 
-bool isPassedOver(const char* name, LocalFiles::Hidden hidden) {
+bool isSkipped(const char* name, LocalFiles::Hidden hidden) {
     const std::string_view text(name);
     return text == "." || text == ".." ||
            (hidden == LocalFiles::Hidden::skip && text.starts_with('.'));
@@ -46,8 +46,8 @@ bool isASCII(char c) {
     return static_cast<unsigned char>(c) < 0x80;
 }
 
-/// The first byte from `at` on that isn't ASCII, found eight bytes at a time: logs are nearly all
-/// ASCII.
+/// The first byte from `at` on that isn't ASCII. Logs are nearly all ASCII, so eight bytes are
+/// checked at a time.
 const char* skipASCII(const char* at, const char* end) {
     constexpr std::uint64_t highBits = 0x8080808080808080;
     for (std::uint64_t word; end - at >= 8; at += 8) {
@@ -76,29 +76,28 @@ void LocalFiles::forEachFile(
     const std::string& directory, Hidden hidden,
     const std::function<bool(std::string_view)>& matches,
     const std::function<void(const std::string&, const char*, Instant)>& visit) {
-    // Folders wait as paths, not open: a deep tree costs no descriptors, and a path too long to be
-    // opened could not be read by anybody else either.
-    std::vector<std::string> waiting{directory};
+    // Paths, as open directories would take a descriptor each in a deep tree.
+    std::vector<std::string> pending{directory};
     int linkFlag = 0;  // the top itself may be a link
-    while (!waiting.empty()) {
-        const std::string path = std::move(waiting.back());
-        waiting.pop_back();
-        // A folder that became a link after its name was read is not followed either.
-        const Folder folder = openFolder(path, std::exchange(linkFlag, O_NOFOLLOW));
-        if (!folder) continue;
+    while (!pending.empty()) {
+        const std::string path = std::move(pending.back());
+        pending.pop_back();
+        // A directory may have become a link since its name was read.
+        const Directory opened = openDirectory(path, std::exchange(linkFlag, O_NOFOLLOW));
+        if (!opened) continue;
 
-        while (const dirent* entry = readdir(folder.get())) {
-            if (isPassedOver(entry->d_name, hidden)) continue;
+        while (const dirent* entry = readdir(opened.get())) {
+            if (isSkipped(entry->d_name, hidden)) continue;
             const bool matching = entry->d_type != DT_DIR && matches(entry->d_name);
             struct stat status {};
             const bool needsStatus =
                 entry->d_type == DT_UNKNOWN || (entry->d_type == DT_REG && matching);
             if (needsStatus &&
-                fstatat(dirfd(folder.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+                fstatat(dirfd(opened.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
                 continue;
 
             if (entry->d_type == DT_DIR || S_ISDIR(status.st_mode)) {
-                waiting.push_back(path + '/' + entry->d_name);
+                pending.push_back(path + '/' + entry->d_name);
             } else if (matching && S_ISREG(status.st_mode)) {
                 visit(path, entry->d_name, modificationTime(status));
             }
@@ -112,9 +111,9 @@ std::optional<std::string> LocalFiles::newestFile(std::string_view under, std::s
     forEachFile(
         HomeDirectory::expanding(under), Hidden::skip,
         [&](std::string_view name) { return name.ends_with(suffix); },
-        [&](const std::string& folder, const char* name, Instant modifiedAt) {
+        [&](const std::string& directory, const char* name, Instant modifiedAt) {
             if (newest && modifiedAt <= newestTime) return;
-            newest = folder + '/' + name;
+            newest = directory + '/' + name;
             newestTime = modifiedAt;
         });
     return newest;

@@ -8,33 +8,31 @@
 
 #include "Platform/Clock.h"
 
-/// Reads of the logs that the assistants keep in folder trees. Nothing is written, locked or waited
-/// for.
+/// Reads of the assistants' logs. Nothing is written, locked or waited for.
 namespace LocalFiles {
 
 /// Path of the most recently modified regular file below `under` (a leading "~" is expanded) whose
-/// path ends with `suffix`. Hidden files and folders are passed over, links are not followed.
+/// path ends with `suffix`. Hidden files and directories are skipped, links are not followed.
 /// Absent if there is none.
 std::optional<std::string> newestFile(std::string_view under, std::string_view suffix);
 
-/// The last `maxBytes` bytes of the file as text, its first line probably cut. Absent if it can't
-/// be read, isn't a regular file, or isn't UTF-8 from the cut on.
+/// The last `maxBytes` bytes of the file, which may begin within a line. Absent if it can't be
+/// read, isn't a regular file, or these bytes aren't UTF-8.
 std::optional<std::string> tail(const std::string& of, std::size_t maxBytes);
 
-/// The whole file as text; absent as for `tail`.
+/// The whole file; absent as for `tail`.
 std::optional<std::string> text(const std::string& of);
 
-/// Whether there is anything at `path`, a folder too.
+/// Whether there is a file or directory at `path`.
 bool exists(const std::string& path);
 
 enum class Hidden { skip, include };
 
-/// Calls `visit` with folder, name and modification time of every regular file below `directory`
-/// whose name `matches`. Links are not followed; folders that can't be read are passed over. Only
-/// matching names cost a look at the file.
+/// Calls `visit` for every regular file below `directory` whose name `matches`. Links are not
+/// followed, unreadable directories are skipped.
 void forEachFile(const std::string& directory, Hidden hidden,
                  const std::function<bool(std::string_view)>& matches,
-                 const std::function<void(const std::string& folder, const char* name,
+                 const std::function<void(const std::string& directory, const char* name,
                                           Instant modifiedAt)>& visit);
 
 }  // namespace LocalFiles
