@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <deque>
-#include <memory_resource>
 #include <unordered_set>
 
 #include "Support/ISO8601.h"
@@ -17,32 +15,29 @@ namespace {
 
 constexpr std::string_view answerType = "gemini";
 constexpr std::string_view answerMark = R"(gemini")";
-constexpr std::string_view updateMark =
-    R"({"$set")";  // of a line that may hold all messages once more
+constexpr std::string_view updateMark = R"({"$set")";  // of a line that may repeat all messages
 
 /// The members that every message has.
-struct Message {
+struct Head {
     std::string_view id;
     std::string_view timestamp;
     std::string_view type;
 };
 
-/// Moves `rest` past `opening` and the string that follows, and its end quote; false for other
-/// text. `opening` is a literal, so that comparing with it takes no call.
-template <std::size_t size>
-bool takeString(std::string_view& rest, const char (&opening)[size], std::string_view& string) {
-    if (!rest.starts_with(std::string_view(opening, size - 1))) return false;
-    rest.remove_prefix(size - 1);
+/// Sets `string` to what follows `opening` up to the next quote, and moves `rest` behind that;
+/// false if `rest` doesn't begin with `opening`.
+bool takeString(std::string_view& rest, std::string_view opening, std::string_view& string) {
+    if (!rest.starts_with(opening)) return false;
+    rest.remove_prefix(opening.size());
     string = rest.substr(0, rest.find('"'));
     rest.remove_prefix(std::min(string.size() + 1, rest.size()));
     return true;
 }
 
-/// The head of a message that stands in the line exactly as the tool writes it; absent for any
-/// other line.
-std::optional<Message> headAsWritten(std::string_view line) {
+/// Absent if the line isn't exactly as the tool writes it.
+std::optional<Head> headAsWritten(std::string_view line) {
     if (!line.ends_with('}')) return std::nullopt;  // still being written
-    Message head;
+    Head head;
     const bool matches = takeString(line, R"({"id":")", head.id) &&
                          takeString(line, R"(,"timestamp":")", head.timestamp) &&
                          takeString(line, R"(,"type":")", head.type);
@@ -57,8 +52,7 @@ std::optional<JSONObject> parsedAnswer(std::string_view line) {
     return message && message->text("type") == answerType ? message : std::nullopt;
 }
 
-/// The line that holds the byte `at`; memrchr, since std::string_view searches backwards byte by
-/// byte.
+/// The line around the byte `at`. std::string_view would search backwards byte by byte.
 std::string_view lineAround(std::string_view text, std::size_t at) {
     const auto* const lineFeed = static_cast<const char*>(memrchr(text.data(), '\n', at));
     const char* const begin = lineFeed ? lineFeed + 1 : text.data();
@@ -79,20 +73,18 @@ bool GeminiChat::isBeginning(std::string_view text) {
 }
 
 std::int64_t GeminiChat::answers(std::string_view text, Instant since) {
-    std::pmr::monotonic_buffer_resource memory;
-    std::pmr::unordered_set<std::string_view> ids(text.size() / 256, &memory);
-    std::deque<std::string> parsedIDs;  // that `ids` refers to
+    std::unordered_set<std::string> ids;
     std::size_t end = 0;
     for (std::size_t at; (at = text.find(answerMark, end)) != std::string_view::npos;) {
         const std::string_view line = lineAround(text, at);
         end = static_cast<std::size_t>(line.end() - text.begin());
-        // Whether the first line is whole or the end of one that was cut, only a parser can tell.
+        // Whether the first line is whole or was cut, only a parser can tell.
         const auto head = line.begin() == text.begin() ? std::nullopt : headAsWritten(line);
         if (head) {
-            if (head->type == answerType && isSince(head->timestamp, since)) ids.insert(head->id);
+            if (head->type == answerType && isSince(head->timestamp, since)) ids.emplace(head->id);
         } else if (const auto answer = parsedAnswer(line)) {
-            if (!isSince(answer->text("timestamp").value_or(""), since)) continue;
-            ids.insert(parsedIDs.emplace_back(answer->text("id").value_or(std::string(line))));
+            if (isSince(answer->text("timestamp").value_or(""), since))
+                ids.insert(answer->text("id").value_or(std::string(line)));
         }
     }
     return static_cast<std::int64_t>(ids.size());

@@ -11,20 +11,19 @@
 #include "Providers/GeminiChat.h"
 #include "Support/JSON.h"
 #include "Support/LocalFiles.h"
+#include "Support/Text.h"
 
 namespace {
 
-constexpr const char* folder = "~/.gemini";
+constexpr const char* directory = "~/.gemini";
 constexpr const char* credentialsFile = "/oauth_creds.json";
 constexpr const char* accountsFile = "/google_accounts.json";
 constexpr const char* settingsFile = "/settings.json";
 constexpr const char* modelFiles[] = {settingsFile, "/config.json"};
 constexpr std::string_view apiKeyAuthType = "gemini-api-key";
-constexpr const char* logFolders[] = {"/tmp", "/logs"};
+constexpr const char* logDirectories[] = {"/tmp", "/logs"};
 constexpr std::string_view chatSuffix = ".jsonl";
-constexpr std::size_t logTail = 262144;  // bytes
-constexpr int maxOlderLogs = 16;         // in which a chat is looked for, where none changed today
-constexpr std::string_view requestWords[] = {"request", "generateContent"};
+constexpr int maxOlderLogs = 16;  // in which a chat is looked for if none changed today
 
 std::optional<JSONObject> objectInFile(const std::string& path) {
     const auto text = RegularFile::contents(path);
@@ -45,22 +44,18 @@ bool isSignedIn(const std::string& dir) {
            selectedAuthType(dir);
 }
 
-/// Lines that contain any of the words. The search runs over the whole text and looks for line ends
-/// only after a hit; `next` keeps where each word comes next, so that none is searched for twice in
-/// the same place.
+/// Whether the log is a chat, which only its first line tells.
+bool isChat(const std::string& path) {
+    if (!path.ends_with(chatSuffix)) return false;
+    const auto beginning = RegularFile::beginning(path, GeminiChat::maxHeaderBytes);
+    return beginning && GeminiChat::isBeginning(*beginning);
+}
+
 std::int64_t requestLines(std::string_view text) {
-    std::int64_t count = 0;
-    std::size_t next[] = {text.find(requestWords[0]), text.find(requestWords[1])};
-    for (;;) {
-        const std::size_t hit = std::min(next[0], next[1]);
-        if (hit == std::string_view::npos) return count;
-        ++count;
-        const std::size_t lineEnd = text.find('\n', hit);
-        if (lineEnd == std::string_view::npos) return count;
-        for (std::size_t i = 0; i < std::size(next); ++i) {
-            if (next[i] < lineEnd) next[i] = text.find(requestWords[i], lineEnd);
-        }
-    }
+    return std::ranges::count_if(Text::split(text, '\n'), [](std::string_view line) {
+        return line.find("request") != std::string_view::npos ||
+               line.find("generateContent") != std::string_view::npos;
+    });
 }
 
 }  // namespace
@@ -73,22 +68,14 @@ GeminiProvider::Logs GeminiProvider::logsBelow(const std::string& dir) {
     const auto add = [&](const std::string& path, const char* name, Instant modifiedAt) {
         logs.push_back({path + '/' + name, modifiedAt});
     };
-    for (const char* below : logFolders) {
+    for (const char* below : logDirectories) {
         LocalFiles::forEachFile(dir + below, LocalFiles::Hidden::include, isLog, add);
     }
     std::ranges::stable_sort(logs, std::ranges::greater(), &Log::modifiedAt);
     return logs;
 }
 
-/// By its first line, which is read on its own where the tail may not reach back to it.
-bool GeminiProvider::isChat(const Log& log, std::string_view tail) {
-    if (!log.path.ends_with(chatSuffix)) return false;
-    if (!tail.empty() && tail.size() < logTail) return GeminiChat::isBeginning(tail);
-    const auto beginning = RegularFile::beginning(log.path, GeminiChat::maxHeaderBytes);
-    return beginning && GeminiChat::isBeginning(*beginning);
-}
-
-/// The one that the settings name; they name none where the tool itself chose it.
+/// The settings name none if the tool itself chose it.
 std::optional<std::string> GeminiProvider::currentModelID(const std::string& dir,
                                                           const Logs& logs) {
     for (const char* file : modelFiles) {
@@ -104,10 +91,10 @@ std::optional<std::string> GeminiProvider::modelInNewestChat(const Logs& logs) {
     const Instant today = Clock::startOfDay(Clock::now());
     int older = 0;
     const auto chat = std::ranges::find_if(logs, [&](const Log& log) {
-        return (log.modifiedAt >= today || older++ < maxOlderLogs) && isChat(log);
+        return (log.modifiedAt >= today || older++ < maxOlderLogs) && isChat(log.path);
     });
     if (chat == logs.end()) return std::nullopt;
-    const auto tail = LocalFiles::tail(chat->path, logTail);
+    const auto tail = LocalFiles::tail(chat->path, lastModel.tailBytes);
     return lastModel.update(chat->path, tail ? GeminiChat::newestModel(*tail) : std::nullopt);
 }
 
@@ -125,23 +112,20 @@ std::optional<std::int64_t> GeminiProvider::requestsToday(const Logs& logs) {
     std::optional<std::int64_t> total;
     for (const Log& log : logs) {
         if (log.modifiedAt < today) break;
-        const auto tail = LocalFiles::tail(log.path, logTail);
+        const auto tail = LocalFiles::tail(log.path, lastModel.tailBytes);
         if (!tail) continue;
         total = total.value_or(0) +
-                (isChat(log, *tail) ? GeminiChat::answers(*tail, today) : requestLines(*tail));
+                (isChat(log.path) ? GeminiChat::answers(*tail, today) : requestLines(*tail));
     }
     return total;
 }
 
 UsageSnapshot GeminiProvider::collect() const {
     UsageSnapshot snapshot(Provider::gemini);
-    const std::string dir = HomeDirectory::expanding(folder);
-    if (!LocalFiles::exists(dir)) {
-        snapshot.error = UsageSnapshot::notInstalled;
-        return snapshot;
-    }
-    if (!isSignedIn(dir)) {
-        snapshot.error = UsageSnapshot::loginRequired;
+    const std::string dir = HomeDirectory::expanding(directory);
+    const bool isInstalled = LocalFiles::exists(dir);
+    if (!isInstalled || !isSignedIn(dir)) {
+        snapshot.error = isInstalled ? UsageSnapshot::loginRequired : UsageSnapshot::notInstalled;
         return snapshot;
     }
     snapshot.connected = true;

@@ -10,8 +10,7 @@
 
 /// Gemini's login, model, plan and the number of requests logged today, all from its tool's own
 /// directory. The vendor reports no percentages; the count stands in the snapshot's `error` while
-/// it is connected. Instances share what was last read of a chat and may be used from several
-/// threads.
+/// it is connected. Any thread may use it.
 class GeminiProvider {
 public:
     UsageSnapshot collect() const;
@@ -25,10 +24,8 @@ private:
     };
     using Logs = std::vector<Log>;  // newest first
 
-    // `dir` is the expanded path of the tool's directory; `tail` the end of the log where it was
-    // read already.
+    // `dir` is the expanded path of the tool's directory.
     static Logs logsBelow(const std::string& dir);
-    static bool isChat(const Log& log, std::string_view tail = {});
     static std::optional<std::string> currentModelID(const std::string& dir, const Logs& logs);
     static std::optional<std::string> modelInNewestChat(const Logs& logs);
     static std::optional<std::string> planLabel(const std::string& dir);
