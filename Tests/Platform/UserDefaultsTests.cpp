@@ -17,8 +17,8 @@ using nlohmann::json;
 
 constexpr auto file = ".config/quillet/defaults.json";
 
-/// The contents of the folder's files, sorted; a link's are its own path.
-std::vector<std::string> folder(const std::string& path) {
+/// The contents of the directory's files, sorted; a link's are its own path.
+std::vector<std::string> contentsOf(const std::string& path) {
     std::vector<std::string> texts;
     for (const auto& entry : fs::directory_iterator(path))
         texts.push_back(entry.is_symlink() ? entry.path().string() : textOf(entry.path()));
@@ -48,7 +48,7 @@ TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
         EXPECT_EQ(textOf(target), text) << "changed through the link";
         EXPECT_FALSE(fs::is_symlink(path));
         EXPECT_EQ(json::parse(textOf(path), nullptr, false), row[3]);
-        EXPECT_EQ(folder(fs::path(path).parent_path()).size(), row[4] ? 2 : 1);
+        EXPECT_EQ(contentsOf(fs::path(path).parent_path()).size(), row[4] ? 2 : 1);
     }
     const TemporaryHome home;
     UserDefaults::setTextArray("a", {"é", "\xFF"});
@@ -68,7 +68,7 @@ TEST(UserDefaults, EveryUnreadableFileIsSetAsideUnderANameOfItsOwn) {
 
 TEST(UserDefaults, WhatCannotBeSavedHoldsAndIsSavedLater) {
     const TemporaryHome home;
-    TemporaryHome::write(".config", "no folder");
+    TemporaryHome::write(".config", "no directory");
     UserDefaults::setText("first", "1");
     EXPECT_EQ(UserDefaults::text("first"), "1");
     fs::remove(TemporaryHome::at(".config"));

@@ -11,10 +11,10 @@ namespace fs = std::filesystem;
 TEST(WholeFile, AFailedWriteLeavesWhatWasThere) {
     const TemporaryHome home;
     const auto path = TemporaryHome::write("file", "old"),
-               longest = TemporaryHome::at(std::string(255, 'x'));
-    EXPECT_TRUE(WholeFile::write(longest, "x", WholeFile::Flush::yes))
-        << "the longest name that a file may have";
-    fs::remove(longest);
+               maxName = TemporaryHome::at(std::string(255, 'x'));
+    EXPECT_TRUE(WholeFile::write(maxName, "x", WholeFile::Flush::yes))
+        << "a name of the maximum length";
+    fs::remove(maxName);
     for (const auto& bad : {TemporaryHome::at("none/file"), TemporaryHome::path(), path + "/file",
                             std::string(), std::string("/proc/file")})
         EXPECT_FALSE(WholeFile::write(bad, "new", WholeFile::Flush::no)) << bad;

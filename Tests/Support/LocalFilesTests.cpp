@@ -9,22 +9,22 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// What a folder holds, in the order in which a walk meets it.
-std::vector<fs::path> entries(const std::string& folder) {
+/// The entries of a directory in the order of a walk.
+std::vector<fs::path> entries(const std::string& directory) {
     std::vector<fs::path> all;
-    for (const auto& entry : fs::directory_iterator(folder))
+    for (const auto& entry : fs::directory_iterator(directory))
         all.push_back(entry.path());
     return all;
 }
 
 /// How many files a walk visits when something happens at the first one, of which it is told the
-/// folder.
+/// directory.
 int countFiles(const std::function<void(const std::string&)>& atFirst) {
     int visits = 0;
     LocalFiles::forEachFile(
         TemporaryHome::path(), LocalFiles::Hidden::skip, [](auto) { return true; },
-        [&](const std::string& folder, auto*, Instant) {
-            if (visits++ == 0) atFirst(folder);
+        [&](const std::string& directory, auto*, Instant) {
+            if (visits++ == 0) atFirst(directory);
         });
     return visits;
 }
@@ -49,29 +49,29 @@ TEST(NewestFile, OnlyVisibleRegularFilesWithTheSuffixCount) {
 
 TEST(ForEachFile, GoesOnPastWhatIsClosedOrVanishes) {
     TemporaryHome home;
-    for (int i = 0; i < 25; i++)  // five folders of five logs each
+    for (int i = 0; i < 25; i++)  // five directories of five logs each
         home.write(std::to_string(i / 5) + "/" + std::to_string(i % 5) + ".log", "", 1000);
     EXPECT_EQ(LocalFiles::newestFile("~/3", ".log"), entries(home.at("3")).front())
         << "the first of equals";
 
-    const auto folders = entries(home.path());
+    const auto directories = entries(home.path());
     const auto setMode = [&](mode_t mode) {
         for (const int i : {0, 2, 4})
-            chmod(folders[i].c_str(), mode);
+            chmod(directories[i].c_str(), mode);
         return seteuid(mode || getuid() ? getuid() : 65534);  // permissions don't bind root
     };
     ASSERT_EQ(setMode(0), 0);
     EXPECT_EQ(countFiles([](auto&) {}), 10);
     ASSERT_EQ(seteuid(getuid()) + setMode(0700), 0);
 
-    const auto thin = [](const std::string& folder) {
-        const auto all = entries(folder);
+    const auto thin = [](const std::string& directory) {
+        const auto all = entries(directory);
         std::for_each(all.begin() + 1, all.end() - 1, [](auto& path) { fs::remove_all(path); });
     };
     const int visits =
-        countFiles([&](const std::string& folder) { thin(folder), thin(home.path()); });
+        countFiles([&](const std::string& directory) { thin(directory), thin(home.path()); });
     EXPECT_EQ(visits, 2 + 5)
-        << "the first and the last file of the first folder, then the last folder";
+        << "the first and the last file of the first directory, then the last directory";
 }
 
 TEST(Tail, IsValidTextOfARegularFileFromTheCutOn) {

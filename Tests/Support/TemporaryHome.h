@@ -50,7 +50,7 @@ public:
         return parent + "/" + name;
     }
 
-    /// Makes or replaces a file and the folders above it; gives its path.
+    /// Makes or replaces a file and the directories above it; gives its path.
     static std::string write(const std::string& relative, std::string_view text,
                              std::optional<Instant> modifiedAt = std::nullopt) {
         using namespace std::chrono;
