@@ -102,7 +102,7 @@ TEST_F(Windows, PopoverFollowsItsViewAndLetsTheKeyboardIn) {
     press(popover, Qt::Key_Escape);
     EXPECT_FALSE(popover.isShown() || popover.justClosed());
     popover.show(QRect());
-    static_cast<QWidget&>(popover).close();  // as the toolkit does at a click outside
+    static_cast<QWidget&>(popover).close();  // as Qt does at a click outside
     EXPECT_TRUE(popover.justClosed());
     std::this_thread::sleep_for(std::chrono::milliseconds(410));
     EXPECT_FALSE(popover.justClosed());
