@@ -19,8 +19,6 @@ public:
 
     explicit FlatButton(QWidget* parent);
 
-    int tag = 0;  ///< For its owner to tell buttons apart.
-
     void setLook(Look look);
     const Look& look() const { return current; }
 
@@ -29,8 +27,7 @@ public:
 protected:
     void paintEvent(QPaintEvent*) override;
     void keyPressEvent(QKeyEvent* event) override;  // Return presses it as the space bar does
-    void nextCheckState() override {
-    }  // a press asks for a change; the owner shows it once it is made
+    void nextCheckState() override {}  // a press only asks; the owner shows what came of it
 
 private:
     Look current;

@@ -8,8 +8,8 @@ namespace {
 
 constexpr struct {
     double x = 62;
-    double y = 76;
-    Size size{30, 20};
+    double midY = 86;
+    double width = 30;
     double advance = 36;
     TextStyle font{10, FontWeight::heavy};
     double visibleText = 0.85;
@@ -19,8 +19,7 @@ constexpr struct {
 
 constexpr struct {
     double x = 62;
-    double y = 34;
-    double bandHeight = 34;
+    double midY = 51;
     double gap = 14;
     TextStyle font{11, FontWeight::medium};
     Color on{0.45, 0.85, 0.55};
@@ -29,7 +28,7 @@ constexpr struct {
 } surfaceRow;
 
 constexpr struct {
-    double bandHeight = 34;
+    double midY = 17;
     double gap = 16;  // between buttons, and to the right edge
     TextStyle font{11, FontWeight::medium};
     TextStyle donateFont{11, FontWeight::semibold};
@@ -52,62 +51,40 @@ FlatButton::Look surfaceLook(DisplaySurface surface, bool on, bool enabled) {
             enabled ? switched : Color::white(surfaceRow.disabledAlpha)};
 }
 
-Size fittingSize(const FlatButton* button) {
-    return {double(button->sizeHint().width()), double(button->sizeHint().height())};
-}
-
 }  // namespace
 
 PanelView::PanelView(QWidget* parent)
     : QWidget(parent),
-      refreshButton(new FlatButton(this)),
-      donateButton(new FlatButton(this)),
-      quitButton(new FlatButton(this)) {
-    buildControls();
+      refreshButton(addButton("Refresh", [this] { refreshTapped(); })),
+      donateButton(addButton("Donate", [this] { donateTapped(); })),
+      quitButton(addButton("Quit", [this] { quitTapped(); })) {
+    refreshButton->setLook({"Refresh", actionRow.font, actionRow.color});
+    donateButton->setLook({"Donate", actionRow.donateFont, actionRow.donateColor});
+    quitButton->setLook({"Quit", actionRow.font, actionRow.color});
 }
 
-void PanelView::buildControls() {
-    refreshButton->setAccessibleName(QStringLiteral("Refresh"));
-    donateButton->setAccessibleName(QStringLiteral("Donate"));
-    quitButton->setAccessibleName(QStringLiteral("Quit"));
-    connect(refreshButton, &FlatButton::clicked, this, &PanelView::refreshTapped);
-    connect(donateButton, &FlatButton::clicked, this, &PanelView::donateTapped);
-    connect(quitButton, &FlatButton::clicked, this, &PanelView::quitTapped);
-}
-
-FlatButton* PanelView::addToggle(int tag, const char* accessibleName, Handler toggled) {
+FlatButton* PanelView::addButton(const std::string& accessibleName, std::function<void()> tapped) {
     auto* const button = new FlatButton(this);
-    button->tag = tag;
-    button->setCheckable(true);
-    button->setAccessibleName(QString::fromUtf8(accessibleName));
-    connect(button, &FlatButton::clicked, this,
-            [this, button, toggled] { (this->*toggled)(button); });
+    button->setAccessibleName(QString::fromStdString(accessibleName));
+    connect(button, &FlatButton::clicked, this, std::move(tapped));
     return button;
 }
 
-void PanelView::rebuildProviderButtons() {
+void PanelView::buildToggles() {
     for (const Provider provider : Provider::allCases()) {
-        FlatButton*& button = providerButtons[provider];
-        const std::string name = "Show " + std::string(provider.rawValue());
-        if (!button) button = addToggle(provider, name.c_str(), &PanelView::providerToggled);
+        providerButtons[provider] = addButton("Show " + std::string(provider.rawValue()),
+                                              [this, provider] { providerToggled(provider); });
+        providerButtons[provider]->setCheckable(true);
     }
     for (const DisplaySurface surface : DisplaySurface::allCases()) {
-        FlatButton*& button = surfaceButtons[surface];
-        if (!button)
-            button = addToggle(surface, surfaceLabels[surface], &PanelView::surfaceToggled);
+        surfaceButtons[surface] =
+            addButton(surfaceLabels[surface], [this, surface] { surfaceToggled(surface); });
+        surfaceButtons[surface]->setCheckable(true);
     }
-}
-
-/// The keyboard goes through the buttons as the eye does.
-void PanelView::orderFocus() {
-    std::vector<FlatButton*> buttons;
-    for (const auto& [provider, button] : providerButtons)
-        buttons.push_back(button);
-    for (const auto& [surface, button] : surfaceButtons)
-        buttons.push_back(button);
-    buttons.insert(buttons.end(), {donateButton, refreshButton, quitButton});
-    for (std::size_t i = 1; i < buttons.size(); ++i)
-        setTabOrder(buttons[i - 1], buttons[i]);
+    // The keyboard goes through the buttons as the eye does, not as they were made.
+    setTabOrder(surfaceButtons.rbegin()->second, donateButton);
+    setTabOrder(donateButton, refreshButton);
+    setTabOrder(refreshButton, quitButton);
 }
 
 void PanelView::syncControlStates() {
@@ -121,36 +98,32 @@ void PanelView::syncControlStates() {
         button->setLook(surfaceLook(surface, on, button->isEnabled()));
         button->setChecked(on);
     }
-    refreshButton->setLook({"Refresh", actionRow.font, actionRow.color});
-    quitButton->setLook({"Quit", actionRow.font, actionRow.color});
-    donateButton->setLook({"Donate", actionRow.donateFont, actionRow.donateColor});
 }
 
 void PanelView::layoutControls() {
     double x = tile.x;
     for (const auto& [provider, button] : providerButtons) {
-        place(button, {x, tile.y, tile.size.width, tile.size.height});
+        place(button, x, tile.midY, tile.width);
         x += tile.advance;
     }
     x = surfaceRow.x;
     for (const auto& [surface, button] : surfaceButtons) {
-        const Size size = fittingSize(button);
-        place(button, {x, surfaceRow.y + (surfaceRow.bandHeight - size.height) / 2, size.width,
-                       size.height});
-        x += size.width + surfaceRow.gap;
+        const int buttonWidth = button->sizeHint().width();
+        place(button, x, surfaceRow.midY, buttonWidth);
+        x += buttonWidth + surfaceRow.gap;
     }
-    const double y = (actionRow.bandHeight - fittingSize(refreshButton).height) / 2;
     x = width();
     for (FlatButton* button : {quitButton, refreshButton, donateButton}) {
-        const Size size = fittingSize(button);
-        x -= actionRow.gap + size.width;
-        place(button, {x, y, size.width, size.height});
+        const int buttonWidth = button->sizeHint().width();
+        x -= actionRow.gap + buttonWidth;
+        place(button, x, actionRow.midY, buttonWidth);
     }
 }
 
-void PanelView::place(FlatButton* button, Rect frame) {
-    button->setGeometry(
-        QRectF(frame.x, height() - frame.maxY(), frame.width, frame.height).toRect());
+void PanelView::place(FlatButton* button, double x, double midY, double buttonWidth) {
+    const double buttonHeight = button->sizeHint().height();
+    const double top = height() - midY - buttonHeight / 2;
+    button->setGeometry(QRectF(x, top, buttonWidth, buttonHeight).toRect());
 }
 
 bool PanelView::showsProvider(Provider provider) const {
@@ -169,13 +142,10 @@ void PanelView::quitTapped() const {
     QCoreApplication::quit();
 }
 
-void PanelView::providerToggled(const FlatButton* sender) const {
-    const Provider provider = Provider::allCases().at(static_cast<std::size_t>(sender->tag));
+void PanelView::providerToggled(Provider provider) const {
     if (onToggleProvider) onToggleProvider(provider, !showsProvider(provider));
 }
 
-void PanelView::surfaceToggled(const FlatButton* sender) const {
-    const DisplaySurface surface =
-        DisplaySurface::allCases().at(static_cast<std::size_t>(sender->tag));
+void PanelView::surfaceToggled(DisplaySurface surface) const {
     if (onToggleSurface) onToggleSurface(surface, !settings.surfaces.contains(surface));
 }

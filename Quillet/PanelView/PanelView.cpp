@@ -85,8 +85,7 @@ void drawFooterBrand(Canvas& canvas) {
 
 void PanelView::update(std::vector<Entry> shown) {
     entries = std::move(shown);
-    rebuildProviderButtons();
-    orderFocus();
+    if (providerButtons.empty()) buildToggles();
     const auto rows = static_cast<double>(std::max<std::size_t>(1, entries.size()));
     setFixedSize(static_cast<int>(panel.width),
                  static_cast<int>(panel.header + panel.row * rows + panel.bottom));
@@ -98,10 +97,6 @@ void PanelView::update(std::vector<Entry> shown) {
 void PanelView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     Canvas canvas(painter, height());
-    draw(canvas);
-}
-
-void PanelView::draw(Canvas& canvas) const {
     canvas.fill({0, 0, double(width()), double(height())}, panel.background);
     drawHeader(canvas);
     double y = height() - panel.header;

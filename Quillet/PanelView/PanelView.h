@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "Drawing/Canvas.h"
@@ -46,24 +47,19 @@ protected:
     void paintEvent(QPaintEvent*) override;
 
 private:
-    using Handler = void (PanelView::*)(const FlatButton* sender) const;
-
-    void buildControls();
-    FlatButton* addToggle(int tag, const char* accessibleName, Handler toggled);
-    void rebuildProviderButtons();
-    void orderFocus();
+    FlatButton* addButton(const std::string& accessibleName, std::function<void()> tapped);
+    void buildToggles();
     void syncControlStates();
     void layoutControls();
-    void place(FlatButton* button, Rect frame);
+    void place(FlatButton* button, double x, double midY, double buttonWidth);
     bool showsProvider(Provider provider) const;
 
     void refreshTapped() const;
     void donateTapped() const;
     void quitTapped() const;
-    void providerToggled(const FlatButton* sender) const;
-    void surfaceToggled(const FlatButton* sender) const;
+    void providerToggled(Provider provider) const;
+    void surfaceToggled(DisplaySurface surface) const;
 
-    void draw(Canvas& canvas) const;
     void drawHeader(Canvas& canvas) const;
     void drawRow(Canvas& canvas, double y, const Entry& entry) const;
     void drawSectionDivider(Canvas& canvas, double y) const;
