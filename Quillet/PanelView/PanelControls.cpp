@@ -58,6 +58,10 @@ PanelView::PanelView(QWidget* parent)
       refreshButton(addButton("Refresh", [this] { refreshTapped(); })),
       donateButton(addButton("Donate", [this] { donateTapped(); })),
       quitButton(addButton("Quit", [this] { quitTapped(); })) {
+    buildControls();
+}
+
+void PanelView::buildControls() {
     refreshButton->setLook({"Refresh", actionRow.font, actionRow.color});
     donateButton->setLook({"Donate", actionRow.donateFont, actionRow.donateColor});
     quitButton->setLook({"Quit", actionRow.font, actionRow.color});
@@ -70,7 +74,7 @@ FlatButton* PanelView::addButton(const std::string& accessibleName, std::functio
     return button;
 }
 
-void PanelView::buildToggles() {
+void PanelView::rebuildProviderButtons() {
     for (const Provider provider : Provider::allCases()) {
         providerButtons[provider] = addButton("Show " + std::string(provider.rawValue()),
                                               [this, provider] { providerToggled(provider); });

@@ -85,7 +85,7 @@ void drawFooterBrand(Canvas& canvas) {
 
 void PanelView::update(std::vector<Entry> shown) {
     entries = std::move(shown);
-    if (providerButtons.empty()) buildToggles();
+    if (providerButtons.empty()) rebuildProviderButtons();
     const auto rows = static_cast<double>(std::max<std::size_t>(1, entries.size()));
     setFixedSize(static_cast<int>(panel.width),
                  static_cast<int>(panel.header + panel.row * rows + panel.bottom));

@@ -48,7 +48,8 @@ protected:
 
 private:
     FlatButton* addButton(const std::string& accessibleName, std::function<void()> tapped);
-    void buildToggles();
+    void buildControls();
+    void rebuildProviderButtons();
     void syncControlStates();
     void layoutControls();
     void place(FlatButton* button, double x, double midY, double buttonWidth);
