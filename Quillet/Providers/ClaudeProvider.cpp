@@ -1,6 +1,5 @@
-// Claude's own tool renews its token a little before it expires, so a token that is about to expire
-// is read again rather than sent. What it writes last is taken as it is; nothing is ever renewed
-// from here.
+// Claude's own tool renews its token a little before it expires. So a token that is about to expire
+// is read again before it is sent; this program never renews one.
 #include "Providers/ClaudeProvider.h"
 
 #include "Model/ModelNaming.h"
@@ -41,7 +40,7 @@ std::optional<std::string> modelIDInLine(std::string_view line) {
     const std::string_view rest = line.substr(found + opening.size());
     const std::size_t end = rest.find('"');
     if (end == std::string_view::npos) return std::nullopt;
-    // The tool marks the messages that it makes up itself as synthetic.
+    // The tool itself wrote a synthetic message.
     const std::string_view model = rest.substr(0, end);
     return model.empty() || model == "<synthetic>" ? std::nullopt
                                                    : std::optional(std::string(model));
@@ -87,7 +86,7 @@ std::optional<std::string> ClaudeProvider::modelIDInLog(std::string_view text) {
 std::optional<std::string> ClaudeProvider::currentModelID() {
     const auto path = LocalFiles::newestFile(logDirectory, logSuffix);
     if (!path) return std::nullopt;
-    const auto end = LocalFiles::tail(*path, lastModel.tailBytes);
+    const auto end = LocalFiles::tail(*path, logTailBytes);
     return lastModel.update(*path, end ? modelIDInLog(*end) : std::nullopt);
 }
 
@@ -102,8 +101,8 @@ std::optional<ClaudeProvider::OAuth> ClaudeProvider::readCredentials() {
     return item ? std::optional(item->claudeAiOauth) : std::nullopt;
 }
 
-/// The last login read, read again when it is about to expire, but for a while not after a read
-/// that found none.
+/// The last login read. It is read again when it is about to expire, but not for a while after a
+/// read that found none.
 std::optional<ClaudeProvider::OAuth> ClaudeProvider::credentials() {
     const std::lock_guard guard(lock);
     const Instant now = Clock::now();

@@ -9,8 +9,7 @@
 #include "Providers/LastReading.h"
 
 /// Claude's usage, from its usage endpoint with the login that its own tool keeps, and the model
-/// from its session logs. Instances share one process-wide state and may be used from several
-/// threads.
+/// from its session logs. All instances share one state, and any thread may use them.
 class ClaudeProvider {
 public:
     struct OAuth {
@@ -30,8 +29,7 @@ public:
         std::optional<Window> seven_day;
     };
 
-    /// Blocks on files and for up to 10 seconds on the network. Every problem is inside the
-    /// snapshot.
+    /// Blocks on files, and on the network for up to 10 seconds. The snapshot tells what failed.
     UsageSnapshot collect() const;
 
     /// Absent without a token: the tool leaves an empty one behind when the user signs out.

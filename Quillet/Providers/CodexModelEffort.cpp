@@ -58,7 +58,7 @@ CodexProvider::ModelEffort CodexProvider::modelEffortInConfig(std::string_view t
 
 CodexProvider::ModelEffort CodexProvider::currentModelEffort() {
     if (const auto path = LocalFiles::newestFile(sessionDirectory, sessionSuffix)) {
-        const auto end = LocalFiles::tail(*path, lastTurn.tailBytes);
+        const auto end = LocalFiles::tail(*path, logTailBytes);
         const auto turn = end ? modelEffortInLog(*end) : std::nullopt;
         if (const auto last = lastTurn.update(*path, turn)) return *last;
     }

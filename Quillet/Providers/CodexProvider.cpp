@@ -1,6 +1,5 @@
-// Codex's own tool keeps its token valid, so its login is read afresh at every call and a sign-out
-// shows at once. The service names its two windows only by their length, and may send either of
-// them in either place.
+// Codex's own tool keeps its token valid, so the login is read at every call and a sign-out shows
+// at once. Only their lengths tell the reply's two windows apart: either may stand in either place.
 #include "Providers/CodexProvider.h"
 
 #include "Model/ModelNaming.h"

@@ -9,8 +9,8 @@
 #include "Providers/LastReading.h"
 
 /// Codex's usage, from its usage endpoint with the login that its own tool keeps, and the model and
-/// effort from that tool's session logs or configuration. Instances share one cache and may be used
-/// from several threads.
+/// effort from that tool's session logs or configuration. All instances share one cache, and any
+/// thread may use them.
 class CodexProvider {
 public:
     struct AuthFile {
@@ -40,8 +40,7 @@ public:
         std::optional<std::string> effort;
     };
 
-    /// Blocks on files and for up to 10 seconds on the network. Every problem is inside the
-    /// snapshot.
+    /// Blocks on files, and on the network for up to 10 seconds. The snapshot tells what failed.
     UsageSnapshot collect() const;
 
     /// From the newest session log, else from the configuration file.
@@ -51,8 +50,7 @@ public:
     static std::optional<APIUsage> decodeUsage(std::string_view body);
     static void fill(UsageSnapshot& snapshot, const APIUsage& usage, Instant now);
 
-    /// The newest turn in the end of a session log that names a model or an effort; absent if none
-    /// does.
+    /// The newest turn in the end of a session log that names a model or an effort.
     static std::optional<ModelEffort> modelEffortInLog(std::string_view text);
     static ModelEffort modelEffortInConfig(std::string_view text);
 

@@ -8,16 +8,11 @@
 
 namespace {
 
-template <typename Collector>
-UsageSnapshot collectWith() {
-    return Collector().collect();
-}
-
 constexpr UsageSnapshot (*collectors[])() = {
-    collectWith<ClaudeProvider>,
-    collectWith<CodexProvider>,
-    collectWith<GeminiProvider>,
-    collectWith<OpenCodeProvider>,
+    [] { return ClaudeProvider().collect(); },
+    [] { return CodexProvider().collect(); },
+    [] { return GeminiProvider().collect(); },
+    [] { return OpenCodeProvider().collect(); },
 };
 
 }  // namespace

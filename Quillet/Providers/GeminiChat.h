@@ -19,8 +19,7 @@ inline constexpr std::size_t maxHeaderBytes = 1 << 14;
 bool isBeginning(std::string_view text);
 
 /// How many answers in the end of a chat were given at `since` or later. An answer that was written
-/// again under the same id counts once, a first line that was cut not at all. Only the head of a
-/// line need be sound.
+/// again under the same id counts once, a first line that was cut not at all.
 std::int64_t answers(std::string_view text, Instant since);
 
 /// The model of the newest answer that names one in the end of a chat.

@@ -1,9 +1,10 @@
-// Gemini's vendor offers no usage endpoint, but its tool logs below tmp and logs. Its chats give
-// each answer's time and model. Logs of other kinds have no dates on their lines, so a file's own
-// date decides whether it counts for today.
+// Gemini has no usage endpoint, but its tool writes logs below tmp and logs. Its chats tell each
+// answer's time and model. Lines of other logs have no dates, so the file's date decides whether
+// they count for today.
 #include "Providers/GeminiProvider.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "Model/ModelNaming.h"
 #include "Platform/HomeDirectory.h"
@@ -24,6 +25,12 @@ constexpr std::string_view apiKeyAuthType = "gemini-api-key";
 constexpr const char* logDirectories[] = {"/tmp", "/logs"};
 constexpr std::string_view chatSuffix = ".jsonl";
 constexpr int maxOlderLogs = 16;  // in which a chat is looked for if none changed today
+
+struct Log {
+    std::string path;
+    Instant modifiedAt;
+};
+using Logs = std::vector<Log>;
 
 std::optional<JSONObject> objectInFile(const std::string& path) {
     const auto text = RegularFile::contents(path);
@@ -58,9 +65,8 @@ std::int64_t requestLines(std::string_view text) {
     });
 }
 
-}  // namespace
-
-GeminiProvider::Logs GeminiProvider::logsBelow(const std::string& dir) {
+/// The newest first.
+Logs logsBelow(const std::string& dir) {
     Logs logs;
     const auto isLog = [](std::string_view name) {
         return name.ends_with(".log") || name.ends_with(chatSuffix);
@@ -76,29 +82,27 @@ GeminiProvider::Logs GeminiProvider::logsBelow(const std::string& dir) {
 }
 
 /// The settings name none if the tool itself chose it.
-std::optional<std::string> GeminiProvider::currentModelID(const std::string& dir,
-                                                          const Logs& logs) {
+std::optional<std::string> modelInSettings(const std::string& dir) {
     for (const char* file : modelFiles) {
         const auto settings = objectInFile(dir + file);
         if (!settings) continue;
         if (auto model = settings->text("model")) return model;
         if (auto model = settings->text("selectedModel")) return model;
     }
-    return modelInNewestChat(logs);
+    return std::nullopt;
 }
 
-std::optional<std::string> GeminiProvider::modelInNewestChat(const Logs& logs) {
+/// Among the logs of today and some older ones.
+std::optional<std::string> newestChat(const Logs& logs) {
     const Instant today = Clock::startOfDay(Clock::now());
     int older = 0;
     const auto chat = std::ranges::find_if(logs, [&](const Log& log) {
         return (log.modifiedAt >= today || older++ < maxOlderLogs) && isChat(log.path);
     });
-    if (chat == logs.end()) return std::nullopt;
-    const auto tail = LocalFiles::tail(chat->path, lastModel.tailBytes);
-    return lastModel.update(chat->path, tail ? GeminiChat::newestModel(*tail) : std::nullopt);
+    return chat == logs.end() ? std::nullopt : std::optional(chat->path);
 }
 
-std::optional<std::string> GeminiProvider::planLabel(const std::string& dir) {
+std::optional<std::string> planLabel(const std::string& dir) {
     if (!LocalFiles::exists(dir + credentialsFile)) {
         return selectedAuthType(dir) == apiKeyAuthType ? std::optional("API") : std::nullopt;
     }
@@ -107,18 +111,20 @@ std::optional<std::string> GeminiProvider::planLabel(const std::string& dir) {
     return credentials->contains("api_key") ? "API" : "Free";
 }
 
-std::optional<std::int64_t> GeminiProvider::requestsToday(const Logs& logs) {
+std::optional<std::int64_t> requestsToday(const Logs& logs) {
     const Instant today = Clock::startOfDay(Clock::now());
     std::optional<std::int64_t> total;
     for (const Log& log : logs) {
         if (log.modifiedAt < today) break;
-        const auto tail = LocalFiles::tail(log.path, lastModel.tailBytes);
+        const auto tail = LocalFiles::tail(log.path, logTailBytes);
         if (!tail) continue;
         total = total.value_or(0) +
                 (isChat(log.path) ? GeminiChat::answers(*tail, today) : requestLines(*tail));
     }
     return total;
 }
+
+}  // namespace
 
 UsageSnapshot GeminiProvider::collect() const {
     UsageSnapshot snapshot(Provider::gemini);
@@ -130,7 +136,12 @@ UsageSnapshot GeminiProvider::collect() const {
     }
     snapshot.connected = true;
     const Logs logs = logsBelow(dir);
-    snapshot.modelLabel = ModelNaming::displayModel(currentModelID(dir, logs));
+    auto model = modelInSettings(dir);
+    if (const auto chat = model ? std::nullopt : newestChat(logs)) {
+        const auto end = LocalFiles::tail(*chat, logTailBytes);
+        model = lastModel.update(*chat, end ? GeminiChat::newestModel(*end) : std::nullopt);
+    }
+    snapshot.modelLabel = ModelNaming::displayModel(model);
     snapshot.planLabel = planLabel(dir);
     if (const auto requests = requestsToday(logs))
         snapshot.error = std::to_string(*requests) + " reqs today";

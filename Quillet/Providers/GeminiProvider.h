@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include "Model/UsageSnapshot.h"
 #include "Providers/LastReading.h"
@@ -17,19 +14,6 @@ public:
 
 private:
     friend class CollectorReset;
-
-    struct Log {
-        std::string path;
-        Instant modifiedAt;
-    };
-    using Logs = std::vector<Log>;  // newest first
-
-    // `dir` is the expanded path of the tool's directory.
-    static Logs logsBelow(const std::string& dir);
-    static std::optional<std::string> currentModelID(const std::string& dir, const Logs& logs);
-    static std::optional<std::string> modelInNewestChat(const Logs& logs);
-    static std::optional<std::string> planLabel(const std::string& dir);
-    static std::optional<std::int64_t> requestsToday(const Logs& logs);
 
     static inline LastReading<std::string> lastModel;
 };

@@ -5,16 +5,16 @@
 #include <optional>
 #include <string>
 
-/// What was last read from the end of the newest log. It stands while the same log's end says
-/// nothing: that end may begin inside a character, and a long turn pushes the line that a collector
-/// looks for out of it. Any thread may use it.
+/// How much of the end of a log is read.
+inline constexpr std::size_t logTailBytes = 262144;
+
+/// What a collector last found in the end of the newest log. It is kept while the same log's end
+/// holds nothing to find: a long turn pushes the line out of it, and a character that the cut
+/// splits makes it unreadable. Any thread may use it.
 template <typename Value>
 class LastReading {
 public:
-    static constexpr std::size_t tailBytes = 262144;  ///< The end of a log.
-
-    /// Keeps `value`, as read from `log` now, and returns it; without one, what was kept of the
-    /// same log.
+    /// Keeps and returns `value`, as now found in `log`; without one, what was kept of that log.
     std::optional<Value> update(const std::string& log, const std::optional<Value>& value) {
         const std::lock_guard guard(lock);
         if (value) {
