@@ -81,6 +81,45 @@ void drawFooterBrand(Canvas& canvas) {
     canvas.draw(TextLine("BY ZENDRIK", brand.font), {panel.margin, brand.y}, brand.color);
 }
 
+void drawSectionDivider(Canvas& canvas, double y) {
+    canvas.fill({panel.margin, y, panel.width - 2 * panel.margin, panel.hairline},
+                Color::white(panel.dividerAlpha));
+}
+
+void drawHeader(Canvas& canvas, double height) {
+    canvas.draw(TextLine("QUILLET", header.title), {panel.margin, height - header.titleDrop},
+                Color::white());
+    const auto now = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(Clock::now()));
+    const TextLine time("updated " + now.toString(QStringLiteral("HH:mm")).toStdString(),
+                        header.time);
+    canvas.draw(time, {panel.width - panel.margin - time.width(), height - header.timeDrop},
+                Color::white(header.timeAlpha));
+    drawSectionDivider(canvas, height - panel.header);
+}
+
+void drawRow(Canvas& canvas, double y, const PanelView::Entry& entry) {
+    const double midY = y + panel.row / 2;
+    const bool connected = isConnected(entry);
+    canvas.fill({panel.margin, y + panel.row - panel.hairline, panel.width - 2 * panel.margin,
+                 panel.hairline},
+                Color::white(row.separatorAlpha));
+    ProviderChip::draw(canvas, entry.provider,
+                       {panel.margin, midY - row.chip / 2, row.chip, row.chip}, !connected);
+    row.name.draw(canvas, entry.provider, {row.textX, midY + row.nameY},
+                  Color::white(connected ? 1 : row.disconnectedName), dotColor(entry));
+    if (const auto tag = entry.snapshot ? ModelTag::of(*entry.snapshot, connected) : std::nullopt) {
+        tag->draw(canvas, ModelTag::panel, {row.textX, midY + row.tagY});
+    }
+    if (entry.snapshot && Palette::highestPercent(*entry.snapshot)) {
+        UsageGauge::drawBoth(canvas, UsageGauge::panel, *entry.snapshot,
+                             row.gauge.shifted(0, midY));
+    } else {
+        const StatusMessage message = StatusMessage::of(entry.provider, entry.snapshot);
+        canvas.draw(TextLine(message.text, row.message), {row.gauge.x, midY + row.messageY},
+                    message.color);
+    }
+}
+
 }  // namespace
 
 void PanelView::update(std::vector<Entry> shown) {
@@ -98,7 +137,7 @@ void PanelView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     Canvas canvas(painter, height());
     canvas.fill({0, 0, double(width()), double(height())}, panel.background);
-    drawHeader(canvas);
+    drawHeader(canvas, height());
     double y = height() - panel.header;
     for (const Entry& entry : entries)
         drawRow(canvas, y -= panel.row, entry);
@@ -106,43 +145,4 @@ void PanelView::paintEvent(QPaintEvent*) {
     drawSectionLabel(canvas, "SHOW", sectionLabel.showY);
     drawSectionLabel(canvas, "WHERE", sectionLabel.whereY);
     drawFooterBrand(canvas);
-}
-
-void PanelView::drawHeader(Canvas& canvas) const {
-    canvas.draw(TextLine("QUILLET", header.title), {panel.margin, height() - header.titleDrop},
-                Color::white());
-    const auto now = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(Clock::now()));
-    const TextLine time("updated " + now.toString(QStringLiteral("HH:mm")).toStdString(),
-                        header.time);
-    canvas.draw(time, {width() - panel.margin - time.width(), height() - header.timeDrop},
-                Color::white(header.timeAlpha));
-    drawSectionDivider(canvas, height() - panel.header);
-}
-
-void PanelView::drawSectionDivider(Canvas& canvas, double y) const {
-    canvas.fill({panel.margin, y, width() - 2 * panel.margin, panel.hairline},
-                Color::white(panel.dividerAlpha));
-}
-
-void PanelView::drawRow(Canvas& canvas, double y, const Entry& entry) const {
-    const double midY = y + panel.row / 2;
-    const bool connected = isConnected(entry);
-    canvas.fill(
-        {panel.margin, y + panel.row - panel.hairline, width() - 2 * panel.margin, panel.hairline},
-        Color::white(row.separatorAlpha));
-    ProviderChip::draw(canvas, entry.provider,
-                       {panel.margin, midY - row.chip / 2, row.chip, row.chip}, !connected);
-    row.name.draw(canvas, entry.provider, {row.textX, midY + row.nameY},
-                  Color::white(connected ? 1 : row.disconnectedName), dotColor(entry));
-    if (const auto tag = entry.snapshot ? ModelTag::of(*entry.snapshot, connected) : std::nullopt) {
-        tag->draw(canvas, ModelTag::panel, {row.textX, midY + row.tagY});
-    }
-    if (entry.snapshot && Palette::highestPercent(*entry.snapshot)) {
-        UsageGauge::drawBoth(canvas, UsageGauge::panel, *entry.snapshot,
-                             row.gauge.shifted(0, midY));
-    } else {
-        const StatusMessage message = StatusMessage::of(entry.provider, entry.snapshot);
-        canvas.draw(TextLine(message.text, row.message), {row.gauge.x, midY + row.messageY},
-                    message.color);
-    }
 }

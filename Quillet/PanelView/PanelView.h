@@ -61,9 +61,5 @@ private:
     void providerToggled(Provider provider) const;
     void surfaceToggled(DisplaySurface surface) const;
 
-    void drawHeader(Canvas& canvas) const;
-    void drawRow(Canvas& canvas, double y, const Entry& entry) const;
-    void drawSectionDivider(Canvas& canvas, double y) const;
-
     std::vector<Entry> entries;
 };

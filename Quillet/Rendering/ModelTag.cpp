@@ -18,7 +18,7 @@ const TagStyle ModelTag::strip{
     .font = {8, FontWeight::semibold},
     .height = 12,
     .padding = 4,
-    .longest = 100,
+    .maxWidth = 100,
     .radius = 3,
     .fillAlpha = 0.18,
     .lineAlpha = 0.45,
@@ -28,7 +28,7 @@ const TagStyle ModelTag::panel{
     .font = {9.5, FontWeight::semibold},
     .height = 15,
     .padding = 5,
-    .longest = std::nullopt,
+    .maxWidth = std::nullopt,
     .radius = 4,
     .fillAlpha = 0.16,
     .lineAlpha = 0.4,
@@ -46,13 +46,13 @@ std::optional<ModelTag> ModelTag::of(const UsageSnapshot& snapshot, bool showsPl
 void ModelTag::draw(Canvas& canvas, const TagStyle& style, Point origin) const {
     const TextLine line(text, style.font);
     const double natural = line.width() + 2 * style.padding;
-    const Rect rect{origin.x, origin.y, std::min(natural, style.longest.value_or(natural)),
+    const Rect rect{origin.x, origin.y, std::min(natural, style.maxWidth.value_or(natural)),
                     style.height};
     canvas.fillRounded(rect, style.radius, base.withAlpha(style.fillAlpha));
     canvas.strokeRounded(rect, style.radius, base.withAlpha(style.lineAlpha), lineWidth);
     const Point start{rect.x + style.padding, rect.midY() - line.height() / 2 + textRise};
     const Color color = base.lightened(lightening);
-    if (style.longest) {
+    if (style.maxWidth) {
         canvas.drawClipped(line, start, color, rect, style.radius);
     } else {
         canvas.draw(line, start, color);

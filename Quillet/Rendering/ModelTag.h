@@ -11,7 +11,7 @@ struct TagStyle {
     TextStyle font;
     double height;
     double padding;
-    std::optional<double> longest;  ///< Where a longer text is cut off.
+    std::optional<double> maxWidth;  ///< Longer strings are cut off.
     double radius;
     double fillAlpha;
     double lineAlpha;

@@ -22,7 +22,7 @@ constexpr struct {
     double initialsAlpha = 0.82;
     Rect track{19, 5, 22, 6};
     double trackRadius = 3;
-    double minimumBar = 6;
+    double minBar = 6;
     double lightening = 0.5;
     double glowAlpha = 0.85;
     double glowRadius = 2.5;
@@ -39,8 +39,8 @@ constexpr TrackColors onLightOrDark{Color::grey(0.5, 0.5), Color::grey(0.5, 0.5)
 constexpr struct {
     double side = 22;
     double margin = 1;
-    double gap = 1.5;       // between rows
-    double tallestRow = 6;  // however few there are
+    double gap = 1.5;   // between rows
+    double maxRow = 6;  // height
     double stubWidth = 4;
     double barX = 6;
     double radius = 1.5;
@@ -58,26 +58,13 @@ constexpr struct {
                     {17.5, 7.5, 2.6, 7}};
 } glyph;
 
-Piece piece(Provider provider, const UsageSnapshot* snapshot) {
-    Piece result{Palette::initials(provider), std::nullopt, Color::white(0.5),
-                 Palette::accent(provider), snapshot && snapshot->connected};
-    if (const auto percent = snapshot ? Palette::highestPercent(*snapshot) : std::nullopt) {
-        result.fill = Palette::filledShare(*percent);
-        result.color = Palette::level(*percent);
-    }
-    return result;
-}
-
-void drawBadge(Canvas& canvas, const Piece& piece, Rect rect) {
-    const double alpha = piece.connected ? summary.connectedAlpha : summary.disconnectedAlpha;
-    canvas.fillRounded(rect, summary.badgeRadius, piece.accent.withAlpha(alpha));
-    canvas.drawCentred(TextLine(piece.initials, summary.initials), rect.center(),
-                       Color::black(summary.initialsAlpha));
+double badgeAlpha(const Piece& piece) {
+    return piece.connected ? summary.connectedAlpha : summary.disconnectedAlpha;
 }
 
 void drawBar(Canvas& canvas, const Piece& piece, Rect track) {
     Rect bar = track;
-    bar.width = std::max(track.width * *piece.fill, summary.minimumBar);
+    bar.width = std::max(track.width * *piece.fill, summary.minBar);
     canvas.glowRounded(bar, summary.trackRadius,
                        {piece.color.withAlpha(summary.glowAlpha), summary.glowRadius});
     canvas.fillRoundedGradient(bar, summary.trackRadius, piece.color,
@@ -85,7 +72,10 @@ void drawBar(Canvas& canvas, const Piece& piece, Rect track) {
 }
 
 void drawPiece(Canvas& canvas, const Piece& piece, Point origin, const TrackColors& colors) {
-    drawBadge(canvas, piece, summary.badge.shifted(origin.x, origin.y));
+    const Rect badge = summary.badge.shifted(origin.x, origin.y);
+    canvas.fillRounded(badge, summary.badgeRadius, piece.accent.withAlpha(badgeAlpha(piece)));
+    canvas.drawCentred(TextLine(piece.initials, summary.initials), badge.center(),
+                       Color::black(summary.initialsAlpha));
     const Rect track = summary.track.shifted(origin.x, origin.y);
     canvas.fillRounded(track, summary.trackRadius, colors.track);
     if (piece.fill) {
@@ -113,9 +103,8 @@ QImage drawWide(const std::vector<Piece>& shown, double height, const TrackColor
 /// Without a glow, which would run into the rows above and below.
 void drawSquareRow(Canvas& canvas, const Piece& piece, double y, double height) {
     const double radius = std::min(square.radius, height / 2);
-    const double alpha = piece.connected ? summary.connectedAlpha : summary.disconnectedAlpha;
     canvas.fillRounded({square.margin, y, square.stubWidth, height}, radius,
-                       piece.accent.withAlpha(alpha));
+                       piece.accent.withAlpha(badgeAlpha(piece)));
     Rect bar{square.barX, y, square.side - square.margin - square.barX, height};
     canvas.fillRounded(bar, radius, onLightOrDark.track);
     if (!piece.fill) return;
@@ -129,11 +118,17 @@ std::vector<Piece> StatusSummary::pieces(const Snapshots& snapshots,
                                          const std::vector<Provider>& providers) {
     std::vector<Piece> pieces;
     for (const Provider provider : providers) {
-        const auto found = snapshots.find(provider);
-        pieces.push_back(piece(provider, found == snapshots.end() ? nullptr : &found->second));
+        Piece piece{.initials = Palette::initials(provider), .accent = Palette::accent(provider)};
+        if (const auto found = snapshots.find(provider); found != snapshots.end()) {
+            piece.connected = found->second.connected;
+            if (const auto percent = Palette::highestPercent(found->second)) {
+                piece.fill = Palette::filledShare(*percent);
+                piece.color = Palette::level(*percent);
+            }
+        }
+        pieces.push_back(std::move(piece));
     }
-    if (pieces.empty())
-        pieces.push_back({"AI", std::nullopt, Color::white(0.5), Color::grey(0.5), false});
+    if (pieces.empty()) pieces.push_back({.initials = "AI", .accent = Color::grey(0.5)});
     return pieces;
 }
 
@@ -152,7 +147,7 @@ QImage StatusSummary::renderSquare(const Snapshots& snapshots,
     const auto shown = pieces(snapshots, providers);
     const auto count = static_cast<double>(shown.size());
     const double room = square.side - 2 * square.margin - square.gap * (count - 1);
-    const double height = std::min(room / count, square.tallestRow);
+    const double height = std::min(room / count, square.maxRow);
     const double total = height * count + square.gap * (count - 1);
     return Picture::of({square.side, square.side}, scale, [&](Canvas& canvas) {
         double y = (square.side + total) / 2;

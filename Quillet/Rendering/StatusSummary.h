@@ -18,9 +18,9 @@ using Snapshots = std::map<Provider, UsageSnapshot>;
 /// What the summary shows of one provider.
 struct Piece {
     std::string initials;
-    std::optional<double> fill;  ///< Of the level bar, 0 to 1; absent without any percentage.
-    Color color;                 ///< Of the level bar.
-    Color accent;                ///< Of the badge.
+    std::optional<double> fill = {};  ///< Of the level bar, 0 to 1; absent without any percentage.
+    Color color = Color::white(0.5);  ///< Of the level bar.
+    Color accent;                     ///< Of the badge.
     bool connected = false;
 };
 

@@ -22,10 +22,10 @@ const GaugeStyle UsageGauge::strip{
     .gap = 6,
     .resetClearance = 26,
     .barInset = 5,
-    .minimumBar = 6,
+    .minBar = 6,
     .barHeight = 4,
     .trackAlpha = 0.12,
-    .minimumFill = 4,
+    .minFill = 4,
     .glowRadius = 4.5,
     .rowHeight = 14,
     .showsLongReset = false,
@@ -41,10 +41,10 @@ const GaugeStyle UsageGauge::panel{
     .gap = 8,
     .resetClearance = 40,
     .barInset = 7,
-    .minimumBar = 10,
+    .minBar = 10,
     .barHeight = 5,
     .trackAlpha = 0.1,
-    .minimumFill = 5,
+    .minFill = 5,
     .glowRadius = 5,
     .rowHeight = 20,
     .showsLongReset = true,
@@ -85,11 +85,11 @@ void UsageGauge::placeReset(Instant resetAt) {
 void UsageGauge::placeBar() {
     const double x = rect.x + label.width() + style.barInset;
     const double width = rect.maxX() - used - x;
-    if (!(width > style.minimumBar)) return;
+    if (!(width > style.minBar)) return;
     track = Rect{x, rect.midY() - style.barHeight / 2, width, style.barHeight};
     if (!percent) return;
     fill = track;
-    fill->width = std::max(Palette::filledShare(*percent) * width, style.minimumFill);
+    fill->width = std::max(Palette::filledShare(*percent) * width, style.minFill);
 }
 
 void UsageGauge::draw(Canvas& canvas) const {
@@ -103,10 +103,6 @@ void UsageGauge::draw(Canvas& canvas) const {
         const double x = rect.maxX() - percentText.width() - style.gap - resetText->width();
         canvas.draw(*resetText, atMiddle(*resetText, x), Color::white(style.resetAlpha));
     }
-    drawBar(canvas);
-}
-
-void UsageGauge::drawBar(Canvas& canvas) const {
     const double radius = style.barHeight / 2;
     if (track) canvas.fillRounded(*track, radius, Color::white(style.trackAlpha));
     if (!fill) return;

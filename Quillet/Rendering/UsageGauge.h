@@ -17,10 +17,10 @@ struct GaugeStyle {
     double gap;             ///< After the percentage and after the reset text.
     double resetClearance;  ///< Between label and reset text, or the latter is left out.
     double barInset;        ///< After the label.
-    double minimumBar;      ///< No bar is drawn unless it is longer.
+    double minBar;          ///< No bar is drawn unless it is longer.
     double barHeight;
     double trackAlpha;
-    double minimumFill;
+    double minFill;
     double glowRadius;
     double rowHeight;     ///< From the short window's gauge down to the long one's.
     bool showsLongReset;  ///< Whether the long window's gauge has a reset text.
@@ -49,7 +49,6 @@ public:
 private:
     void placeReset(Instant resetAt);
     void placeBar();
-    void drawBar(Canvas& canvas) const;
 
     const GaugeStyle& style;
     const Rect rect;
