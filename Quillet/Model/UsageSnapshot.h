@@ -8,10 +8,9 @@
 
 /// What is known about one provider's usage at one moment.
 struct UsageSnapshot {
-    static constexpr const char* notInstalled =
-        "Not installed";  ///< The assistant's own folder is missing.
-    static constexpr const char* loginRequired =
-        "Login required";  ///< It is there, without a usable login.
+    /// Errors: the assistant's own directory is missing; it is there, without a usable login.
+    static constexpr const char* notInstalled = "Not installed";
+    static constexpr const char* loginRequired = "Login required";
 
     explicit UsageSnapshot(Provider provider) : provider(provider), updatedAt(Clock::now()) {}
 

@@ -13,8 +13,8 @@ JSONObject::JSONObject(std::shared_ptr<Document> owner, const json& object)
     : document(std::move(owner)), node(&object) {}
 
 std::optional<JSONObject> JSONObject::parse(std::string_view text) {
-    if (text.find('\0') != std::string_view::npos)
-        return std::nullopt;  // the library would take it for the end
+    // nlohmann takes a null character for the end.
+    if (text.find('\0') != std::string_view::npos) return std::nullopt;
     const auto document = std::make_shared<Document>();
     document->root = json::parse(text, nullptr, /*allow_exceptions=*/false);
     if (!document->root.is_object()) return std::nullopt;

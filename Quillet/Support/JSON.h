@@ -19,11 +19,11 @@ public:
     std::optional<double> number(const char* key) const;
     std::optional<bool> flag(const char* key) const;  ///< true and false, also written 1 and 0.
     std::optional<JSONObject> object(const char* key) const;
-    std::optional<std::vector<JSONObject>> objects(
-        const char* key) const;  ///< An array of nothing but objects.
+    /// An array of nothing but objects.
+    std::optional<std::vector<JSONObject>> objects(const char* key) const;
 
-    /// Whether any member asked for so far, of any object of this document, had a value of another
-    /// type than asked for. A reader that takes a document whole or not at all asks this last.
+    /// Whether a member asked for so far, in any object of this document, was of another type. A
+    /// reader that takes a document as a whole or not at all asks this last.
     bool mismatched() const;
 
 private:

@@ -6,8 +6,7 @@
 
 namespace {
 
-// The locale's own functions are avoided: they would change bytes of UTF-8 characters in some
-// locales.
+// In some locales, std::tolower and its like change bytes of UTF-8 characters.
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

@@ -22,8 +22,8 @@ auto fromLastLine(std::string_view text, Read read) -> decltype(read(text)) {
 
 std::string lowercased(std::string_view text);
 
-/// The first letter of each word in upper case, the rest in lower case. White space divides words;
-/// a word that begins with a digit has no letter to raise.
+/// The first character of each word in upper case, the rest in lower case. White space divides
+/// words.
 std::string capitalized(std::string_view text);
 
 /// `text` without the characters of `characters` at both ends.
