@@ -6,15 +6,15 @@
 
 #include "Model/Provider.h"
 
-/// The user's configuration file, which is only ever read. Whatever is wrong with it falls back to
-/// the defaults.
+/// The user's configuration file, which is never written. Whatever is wrong in it falls back to the
+/// defaults.
 struct AppConfig {
     struct Entry {
         Provider provider;
         bool enabled;
     };
 
-    /// In the file's order, then the providers it does not name. An id given twice stays twice.
+    /// In the file's order, then the providers that it doesn't name. An id given twice stays twice.
     std::vector<Entry> entries;
     double intervalSeconds = 20;  ///< Between two refreshes of the application; at least 5.
 
@@ -23,6 +23,6 @@ struct AppConfig {
     static AppConfig load();
     static AppConfig decode(std::string_view text);
 
-    /// Where the file is. The home directory is looked up once in the life of the process.
+    /// Looked up once in the life of the process.
     static const std::string& path();
 };

@@ -5,8 +5,7 @@
 
 #include "Drawing/Canvas.h"
 
-/// A push button without a frame that shows only its title, and while the keyboard is on it a focus
-/// ring.
+/// A push button without a frame. It shows its title and, while it has the focus, a ring.
 class FlatButton : public QPushButton {
 public:
     struct Look {

@@ -25,8 +25,7 @@ struct ModelTag {
     std::string text;
     Color base;
 
-    /// Absent when the snapshot tells nothing to show. `showsPlan` is whether a plan may stand in
-    /// for the model.
+    /// Absent if there is nothing to show. `showsPlan` allows the plan in the model's place.
     static std::optional<ModelTag> of(const UsageSnapshot& snapshot, bool showsPlan);
 
     /// With its bottom-left corner at `origin`.

@@ -28,8 +28,7 @@ struct Piece {
 /// snapshot counts as not connected.
 std::vector<Piece> pieces(const Snapshots& snapshots, const std::vector<Provider>& providers);
 
-/// Badges and level bars side by side, 16 points high, on a transparent ground, for a dark one
-/// beneath.
+/// Badges and level bars side by side, 16 points high, transparent, for a dark ground.
 QImage render(const Snapshots& snapshots, const std::vector<Provider>& providers, double scale);
 
 /// The same for a tray: 22 points high, with tracks that show on light grounds too.
