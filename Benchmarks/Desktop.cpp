@@ -1,14 +1,9 @@
 #include "Desktop.h"
 
-#include <sched.h>
-#include <sys/mount.h>
-
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <optional>
 #include <thread>
 
@@ -35,18 +30,6 @@ constexpr double extraSwitches = 2;    // more than the bare program's, as noise
 // Without budgets; these notice growth.
 constexpr double maxStartRatio = 3;
 constexpr double maxThreadRatio = 2;
-
-/// Programs trust the system's authorities only. So the server's authority joins them, where only
-/// this process and its children see it.
-void trust(const HTTPSServer& server) {
-    const char* const system = "/etc/ssl/certs/ca-certificates.crt";
-    const std::string both = TemporaryHome::beside("authorities.pem");
-    std::ofstream(both) << textOf(system) << textOf(server.certificates());
-    const bool done = unshare(CLONE_NEWNS) == 0 &&
-                      mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                      mount(both.c_str(), system, nullptr, MS_BIND, nullptr) == 0;
-    Measure::requireSame("a mount namespace", done ? "had" : std::strerror(errno), "had");
-}
 
 /// A program that has started, which it has when the tray shows its icon.
 class Running {
@@ -100,7 +83,6 @@ void Desktop::run(const HTTPSServer& server) {
         std::puts("Left out, as trayer is not installed: start, idle and CPU time");
         return;
     }
-    trust(server);
     const std::vector<std::string> proxy = {"https_proxy=http://" + server.address()};
     Tray tray(proxy);
     Tray idleTray(proxy);  // an application of its own, as a session has only one
