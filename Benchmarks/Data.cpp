@@ -17,7 +17,8 @@ namespace {
 constexpr std::size_t tailSize = 256 << 10;
 
 std::string message(int number) {
-    return R"({"role":"assistant","modelID":"sonnet","providerID":"anthropic","mode":"build","cost":0.0123,)"
+    return R"({"role":"assistant","modelID":"sonnet","providerID":"anthropic","mode":"build",)"
+           R"("cost":0.0123,)"
            R"("path":{"cwd":"/home/user/project","root":"/home/user/project"},"tokens":{"input":)" +
            std::to_string(number % 40) + R"(,"output":)" + std::to_string(number % 17) +
            R"(,"reasoning":)" + std::to_string(number % 5) +
@@ -35,16 +36,21 @@ void execute(sqlite3* database, const char* statement) {
 }  // namespace
 
 std::string Data::log(std::size_t size) {
-    static constexpr const char* events[] = {
-        R"("event":"api","detail":"request to the model, generateContent, 3 parts, user prompt with context")",
-        R"("event":"tool","detail":"read the file src/parser/expression.cpp from line 120 to line 260")",
-        R"("event":"reply","detail":"streamed 42 chunks, the answer refers to three earlier messages")",
-        R"("event":"idle","detail":"waiting for input, nothing to report, garbage collector ran twice")",
+    static constexpr struct {
+        const char* name;
+        const char* detail;
+    } events[] = {
+        {"api", "request to the model, generateContent, 3 parts, user prompt with context"},
+        {"tool", "read the file src/parser/expression.cpp from line 120 to line 260"},
+        {"reply", "streamed 42 chunks, the answer refers to three earlier messages"},
+        {"idle", "waiting for input, nothing to report, garbage collector ran twice"},
     };
     std::string text;
     for (int line = 0; text.size() < size; ++line) {
-        text += R"({"time":"2025-06-01T12:)" + std::to_string(10 + line % 50) + R"(:00.000Z",)" +
-                events[line % 4] + R"(,"session":"6f1d2c3b-9a58-4e47-8f00-1234567890ab","id":)" +
+        const auto& [name, detail] = events[line % 4];
+        text += R"({"time":"2025-06-01T12:)" + std::to_string(10 + line % 50) +
+                R"(:00.000Z","event":")" + name + R"(","detail":")" + detail +
+                R"(","session":"6f1d2c3b-9a58-4e47-8f00-1234567890ab","id":)" +
                 std::to_string(line) + "}\n";
     }
     text.resize(size);
@@ -54,10 +60,16 @@ std::string Data::log(std::size_t size) {
 std::string Data::chat(std::size_t size) {
     static constexpr const char* header =
         R"({"sessionId":"7a83a1b7","projectHash":"1101","kind":"main"})";
-    static constexpr const char* turn = R"(
-{"id":"6f1d2c3b-9a58-4e47-8f00-u-NUMBER","timestamp":"NOW","type":"user","content":[{"text":"WORDS"}]}
-{"$set":{"lastUpdated":"NOW"}}
-{"id":"6f1d2c3b-9a58-4e47-8f00-a-NUMBER","timestamp":"NOW","type":"gemini","content":"WORDS WORDS WORDS","thoughts":[],"tokens":{"input":1000,"output":50,"cached":200,"total":1070},"model":"gemini-3-pro"})";
+    static constexpr const char* turn =
+        "\n"
+        R"({"id":"6f1d2c3b-9a58-4e47-8f00-u-NUMBER","timestamp":"NOW","type":"user",)"
+        R"("content":[{"text":"WORDS"}]})"
+        "\n"
+        R"({"$set":{"lastUpdated":"NOW"}})"
+        "\n"
+        R"({"id":"6f1d2c3b-9a58-4e47-8f00-a-NUMBER","timestamp":"NOW","type":"gemini",)"
+        R"("content":"WORDS WORDS WORDS","thoughts":[],)"
+        R"("tokens":{"input":1000,"output":50,"cached":200,"total":1070},"model":"gemini-3-pro"})";
     const std::string words =
         "The parser reads the request from line 120 on and calls generateContent with it.";
     const std::string now = ISO8601::format(Clock::now()).value_or("");
@@ -131,11 +143,11 @@ void Data::writeSessions() {
     const Instant modifiedAt = Clock::now() - 86400;
     for (int number = 0; number < 2500; ++number) {
         const std::string name = std::to_string(number) + ".jsonl";
-        const std::string project = ".claude/projects/-home-user-" + std::to_string(number / 50);
-        const std::string day = ".codex/sessions/2025/" + twoDigits(1 + number / 250) + "/" +
-                                twoDigits(1 + number % 25);
-        TemporaryHome::write(project + "/" + name, lines, modifiedAt);
-        TemporaryHome::write(day + "/rollout-" + name, lines, modifiedAt);
+        const std::string project = std::to_string(number / 50);
+        const std::string day = twoDigits(1 + number / 250) + "/" + twoDigits(1 + number % 25);
+        for (const std::string& directory :
+             {".claude/projects/-home-user-" + project + "/", ".codex/sessions/2025/" + day + "/"})
+            TemporaryHome::write(directory + name, lines, modifiedAt);
     }
 }
 
