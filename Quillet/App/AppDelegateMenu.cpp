@@ -14,6 +14,7 @@ constexpr const char* donationPage = "https://zendrik.com/#donate";
 // In the order of DisplaySurface's cases.
 constexpr const char* surfaceTitles[] = {"  Menu Bar", "  Floating Bar (always on top)",
                                          "  Touch Bar"};
+static_assert(std::size(surfaceTitles) == DisplaySurface::allCases().size());
 
 MenuItem heading(const char* title) {
     return {title, {}, {}, {}};

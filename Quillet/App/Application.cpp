@@ -29,8 +29,8 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
     std::_Exit(EXIT_SUCCESS);
 }
 
-/// A descriptor on which the event loop reads the signals that ask a program to end. Blocked before
-/// there are other threads, which inherit that.
+/// A descriptor on which the event loop reads the signals that ask a program to end. They are
+/// blocked before other threads start, so that these inherit the mask.
 int openSignals() {
     sigset_t ending;
     sigemptyset(&ending);

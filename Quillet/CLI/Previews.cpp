@@ -11,9 +11,8 @@
 
 namespace {
 
-constexpr double scale = 2;  // pixels per point
-constexpr int quickCompression =
-    80;  // the encoder's "quality": a tenth larger, in a third of the time
+constexpr double scale = 2;           // pixels per point
+constexpr int quickCompression = 80;  // of Qt's "quality": a tenth larger, in a third of the time
 
 constexpr struct {
     double padding = 8;  // left and right of the summary

@@ -1,3 +1,5 @@
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -54,10 +56,17 @@ nlohmann::json record(const UsageSnapshot& snapshot) {
     };
 }
 
-/// With "/" escaped, and a whole number without a fraction. A number that is not finite is null.
+/// A number in the shortest form that reads back the same; null if it is not finite.
+std::string shortest(double number) {
+    char digits[32];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    return std::isfinite(number) ? std::string(digits, end) : "null";
+}
+
+/// With "/" escaped.
 std::string scalar(const nlohmann::json& value) {
+    if (value.is_number_float()) return shortest(value.get<double>());
     std::string text = value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    if (value.is_number_float() && text.ends_with(".0")) text.resize(text.size() - 2);
     return Text::replacing(std::move(text), "/", "\\/");
 }
 

@@ -25,16 +25,16 @@ public:
     void strokeRounded(Rect rect, double radius, Color color, double lineWidth);
     void fillEllipse(Rect rect, Color color);
     void fillRoundedGradient(Rect rect, double radius, Color left, Color right);
-    void fillVerticalGradient(Rect rect,
-                              const std::vector<Color>& upwards);  ///< Evenly spaced colours.
+    /// The colours are evenly spaced.
+    void fillVerticalGradient(Rect rect, const std::vector<Color>& upwards);
 
     /// The light of an opaque rounded rectangle, to be drawn before the shape.
     void glowRounded(Rect rect, double radius, const Glow& glow);
 
     /// With the bottom-left corner of the text's line box at `origin`.
     void draw(const TextLine& text, Point origin, Color color);
-    void drawCentred(const TextLine& text, Point center,
-                     Color color);  ///< With the line box centred.
+    /// With the line box centred.
+    void drawCentred(const TextLine& text, Point center, Color color);
     void drawClipped(const TextLine& text, Point origin, Color color, Rect clip, double clipRadius);
 
     void draw(const QImage& image, Rect rect, double opacity = 1);

@@ -9,6 +9,7 @@ constexpr const char* key = "enabledSurfaces";
 }  // namespace
 
 std::optional<DisplaySurface> DisplaySurface::fromRawValue(std::string_view text) {
+    static_assert(std::size(rawValues) == allCases().size());
     for (const DisplaySurface surface : allCases()) {
         if (surface.rawValue() == text) return surface;
     }

@@ -37,6 +37,7 @@ constexpr struct {
 } actionRow;
 
 constexpr const char* surfaceLabels[] = {"Menu Bar", "Floating", "Touch Bar"};
+static_assert(std::size(surfaceLabels) == DisplaySurface::allCases().size());
 
 FlatButton::Look tileLook(Provider provider, bool visible) {
     const Color accent = Palette::accent(provider);
@@ -85,7 +86,7 @@ void PanelView::rebuildProviderButtons() {
             addButton(surfaceLabels[surface], [this, surface] { surfaceToggled(surface); });
         surfaceButtons[surface]->setCheckable(true);
     }
-    // The keyboard goes through the buttons as the eye does, not as they were made.
+    // The tab order follows the layout.
     setTabOrder(surfaceButtons.rbegin()->second, donateButton);
     setTabOrder(donateButton, refreshButton);
     setTabOrder(refreshButton, quitButton);

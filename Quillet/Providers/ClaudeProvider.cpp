@@ -56,7 +56,7 @@ std::optional<ClaudeProvider::CredentialsFile> ClaudeProvider::decodeCredentials
     const auto accessToken = oauth->text("accessToken");
     const auto subscriptionType = oauth->text("subscriptionType");
     const auto expiresAt = oauth->number("expiresAt");
-    if (!accessToken || accessToken->empty() || document->mismatched()) return std::nullopt;
+    if (!accessToken || accessToken->empty() || document->hasMismatch()) return std::nullopt;
     return CredentialsFile{{*accessToken, subscriptionType, expiresAt}};
 }
 
@@ -65,7 +65,7 @@ std::optional<ClaudeProvider::LiveUsage> ClaudeProvider::decodeUsage(std::string
     if (!reply) return std::nullopt;
     const LiveUsage usage{decodeWindow(reply->object("five_hour")),
                           decodeWindow(reply->object("seven_day"))};
-    return reply->mismatched() ? std::nullopt : std::optional(usage);
+    return reply->hasMismatch() ? std::nullopt : std::optional(usage);
 }
 
 void ClaudeProvider::fill(UsageSnapshot& snapshot, const LiveUsage& usage) {

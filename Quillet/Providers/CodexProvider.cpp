@@ -47,7 +47,7 @@ std::optional<CodexProvider::AuthFile> CodexProvider::decodeAuth(std::string_vie
     if (const auto tokens = document->object("tokens")) {
         auth.tokens = {tokens->text("access_token"), tokens->text("account_id")};
     }
-    return document->mismatched() ? std::nullopt : std::optional(auth);
+    return document->hasMismatch() ? std::nullopt : std::optional(auth);
 }
 
 std::optional<CodexProvider::APIUsage> CodexProvider::decodeUsage(std::string_view body) {
@@ -59,7 +59,7 @@ std::optional<CodexProvider::APIUsage> CodexProvider::decodeUsage(std::string_vi
         usage.rate_limit = {decodeWindow(limit->object("primary_window")),
                             decodeWindow(limit->object("secondary_window"))};
     }
-    return reply->mismatched() ? std::nullopt : std::optional(usage);
+    return reply->hasMismatch() ? std::nullopt : std::optional(usage);
 }
 
 void CodexProvider::fill(UsageSnapshot& snapshot, const APIUsage& usage, Instant now) {
@@ -89,7 +89,7 @@ UsageSnapshot CodexProvider::collect() const {
 
     HTTP::Headers headers = {{"Authorization", "Bearer " + *auth->tokens->access_token},
                              {"Accept", "application/json"},
-                             {"User-Agent", "quillet/" QUILLET_VERSION}};
+                             {"User-Agent", QUILLET_USER_AGENT}};
     const auto& account = auth->tokens->account_id;
     if (account && !account->empty()) headers["ChatGPT-Account-Id"] = *account;
     const auto fillFrom = [](UsageSnapshot& current, std::string_view body) {

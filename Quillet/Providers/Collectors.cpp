@@ -14,6 +14,7 @@ constexpr UsageSnapshot (*collectors[])() = {
     [] { return GeminiProvider().collect(); },
     [] { return OpenCodeProvider().collect(); },
 };
+static_assert(std::size(collectors) == Provider::allCases().size());
 
 }  // namespace
 

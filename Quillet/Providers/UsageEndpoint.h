@@ -20,7 +20,8 @@ struct UsageEndpoint {
     using Fill = std::function<bool(UsageSnapshot&, std::string_view body)>;
 
     /// `current` is what is known without a reply. Its model and effort, which the user may change
-    /// at any time, also replace those of a reply that is shown again.
+    /// at any time, also replace those of a reply that is shown again. Its plan replaces only that
+    /// of a fresh one.
     UsageSnapshot collect(UsageSnapshot current, const HTTP::Headers& headers,
                           const Fill& fill) const;
 };

@@ -15,6 +15,7 @@ constexpr struct {
     {"GM", {0.55, 0.55, 0.98}, "Run `gemini` and sign in"},
     {"OC", {0.45, 0.85, 0.55}, "Run `opencode auth login`"},
 };
+static_assert(std::size(providers) == Provider::allCases().size());
 
 }  // namespace
 

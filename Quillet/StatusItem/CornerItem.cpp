@@ -1,7 +1,9 @@
 #include "StatusItem/CornerItem.h"
 
+#include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScreen>
 #include <cmath>
 
 #include "Drawing/Canvas.h"
@@ -32,11 +34,11 @@ CornerItem::CornerItem(Activate activate) : onActivate(std::move(activate)) {
 
 void CornerItem::place() {
     if (!content.wide) return;
-    picture = content.wide(std::ceil(devicePixelRatio()));  // scaled down once, never up
+    const double ratio = QGuiApplication::primaryScreen()->devicePixelRatio();
+    picture = content.wide(std::ceil(ratio));  // scaled down once, never up
     const int width = static_cast<int>(pointSize(picture).width + 2 * look.sidePadding);
     const QRect available = Screens::availableOnPrimary();
-    setFixedSize(width,
-                 int(look.height));  // a tiling compositor leaves a window of fixed size alone
+    setFixedSize(width, int(look.height));  // keeps it from being tiled
     move(available.x() + available.width() - width, available.y());
     show();
     raise();

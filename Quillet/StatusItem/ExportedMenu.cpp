@@ -11,7 +11,7 @@ QDBusArgument& operator<<(QDBusArgument& out, const ExportedRow& row) {
     return out;
 }
 
-/// Rows stand in it as variants, each with an empty list of rows of its own.
+/// Each row is sent as a variant of a layout without rows.
 QDBusArgument& operator<<(QDBusArgument& out, const ExportedLayout& layout) {
     out.beginStructure();
     out << layout.menu.id << layout.menu.properties;
@@ -80,15 +80,15 @@ ExportedMenu::ExportedMenu(QObject* object) : QDBusAbstractAdaptor(object) {
     qDBusRegisterMetaType<ExportedEvent>();
     qDBusRegisterMetaType<QList<ExportedEvent>>();
     qDBusRegisterMetaType<QList<QStringList>>();
-    mayBeOpen.setSingleShot(true);
-    mayBeOpen.setInterval(openTime);
-    mayBeOpen.callOnTimeout([this] { closed(); });
+    openTimeout.setSingleShot(true);
+    openTimeout.setInterval(openTime);
+    openTimeout.callOnTimeout([this] { closed(); });
 }
 
 void ExportedMenu::setItems(MenuItems items) {
     newest = std::move(items);
     isWaiting = !std::ranges::equal(rows, newest, &MenuItem::looksLike, &Row::item);
-    if (!isWaiting || !mayBeOpen.isActive()) publish();
+    if (!isWaiting || !openTimeout.isActive()) publish();
 }
 
 /// The host is told only of what it can see; actions may be new each time.
@@ -111,12 +111,12 @@ const ExportedMenu::Row* ExportedMenu::find(int id) const {
 
 /// Opening it again while changes wait doesn't make them wait longer.
 void ExportedMenu::opened() {
-    if (!isWaiting) mayBeOpen.start();
+    if (!isWaiting) openTimeout.start();
     onOpenChange(true);
 }
 
 void ExportedMenu::closed() {
-    mayBeOpen.stop();
+    openTimeout.stop();
     onOpenChange(false);
     if (isWaiting) publish();
 }

@@ -72,11 +72,11 @@ private:
 
     std::vector<Row> rows;  ///< As the host knows them.
     MenuItems newest;
-    bool isWaiting = false;  ///< The newest look different.
+    bool isWaiting = false;  ///< `newest` looks different from `rows`.
     /// By title and occurrence, so that a late click hits its row.
     std::map<std::pair<std::string, int>, int> ids;
     uint revision = 0;
-    QTimer mayBeOpen;
+    QTimer openTimeout;
 
     const uint version = 3;
     const QString textDirection = QStringLiteral("ltr"), status = QStringLiteral("normal");

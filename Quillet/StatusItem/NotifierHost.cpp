@@ -10,6 +10,7 @@
 
 namespace {
 
+constexpr int noHost = -1;           // in place of a process
 constexpr int answerTimeout = 5000;  // milliseconds
 
 const struct {
@@ -24,7 +25,7 @@ const struct {
     {"waybar", {true, false}},           // passes a point inside its own tray box
 };
 
-QByteArray processName(unsigned process) {
+QByteArray processName(int process) {
     QFile file(QStringLiteral("/proc/%1/comm").arg(process));
     return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
 }
@@ -35,17 +36,20 @@ NotifierHost::NotifierHost(std::function<void(std::optional<Host>)> onHostChange
     : onChange(std::move(onHostChange)),
       bus(QDBusConnection::sessionBus()),
       ownership(watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange) {
-    question.setSingleShot(true);
-    question.callOnTimeout([this] { askWhetherRegistered(); });
-    QObject::connect(&ownership, &QDBusServiceWatcher::serviceOwnerChanged, &question, [this] {
-        report(0);  // a watcher that takes the name anew has forgotten its items
-        question.start();
-    });
+    recheck.setSingleShot(true);
+    recheck.callOnTimeout([this] { askWhetherRegistered(); });
+    QObject::connect(&ownership, &QDBusServiceWatcher::serviceOwnerChanged, &recheck,
+                     [this](const QString&, const QString&, const QString& owner) {
+                         answer.reset();
+                         if (owner.isEmpty()) return report(noHost);
+                         reported.reset();  // the new watcher knows no items
+                         recheck.start();
+                     });
     for (const char* change : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
-        bus.connect(watcherName, watcherPath, watcherName, change, &question, SLOT(start()));
+        bus.connect(watcherName, watcherPath, watcherName, change, &recheck, SLOT(start()));
     bus.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected",
-                &question, SLOT(start()));
-    question.start();
+                &recheck, SLOT(start()));
+    recheck.start();
 }
 
 NotifierHost::~NotifierHost() = default;
@@ -53,7 +57,7 @@ NotifierHost::~NotifierHost() = default;
 void NotifierHost::ask(QDBusMessage message, Step then) {
     message.setAutoStartService(false);
     answer = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, answerTimeout));
-    QObject::connect(answer.get(), &QDBusPendingCallWatcher::finished, &question, [this, then] {
+    QObject::connect(answer.get(), &QDBusPendingCallWatcher::finished, &recheck, [this, then] {
         const QDBusMessage reply = answer->reply();
         answer.release()->deleteLater();
         (this->*then)(reply);
@@ -61,7 +65,7 @@ void NotifierHost::ask(QDBusMessage message, Step then) {
 }
 
 void NotifierHost::askWhetherRegistered() {
-    if (!bus.isConnected()) return report(0);  // nothing would ever answer
+    if (!bus.isConnected()) return report(noHost);  // nothing would ever answer
     auto message = QDBusMessage::createMethodCall(watcherName, watcherPath,
                                                   "org.freedesktop.DBus.Properties", "Get");
     ask(message << watcherName << "IsStatusNotifierHostRegistered", &NotifierHost::askProcess);
@@ -69,21 +73,22 @@ void NotifierHost::askWhetherRegistered() {
 
 void NotifierHost::askProcess(const QDBusMessage& isRegistered) {
     const auto value = isRegistered.arguments().value(0).value<QDBusVariant>().variant();
-    if (!value.toBool()) return report(0);
+    if (!value.toBool()) return report(noHost);
     auto message =
         QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                        "org.freedesktop.DBus", "GetConnectionUnixProcessID");
-    ask(message << watcherName, &NotifierHost::found);
+    ask(message << watcherName, &NotifierHost::processFound);
 }
 
-void NotifierHost::found(const QDBusMessage& process) {
-    report(process.arguments().value(0).toUInt());
+/// A bus that doesn't know the process answers with an error or 0.
+void NotifierHost::processFound(const QDBusMessage& process) {
+    report(process.arguments().value(0).toInt());
 }
 
-void NotifierHost::report(unsigned process) {
+void NotifierHost::report(int process) {
     if (reported == process) return;
     reported = process;
-    if (process == 0) return onChange(std::nullopt);
+    if (process == noHost) return onChange(std::nullopt);
     const QByteArray name = processName(process);
     const auto* const known = std::ranges::find_if(
         knownHosts, [&name](const auto& each) { return name.startsWith(each.process); });

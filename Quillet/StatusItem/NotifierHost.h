@@ -30,16 +30,16 @@ public:
 
 private:
     using Step = void (NotifierHost::*)(const QDBusMessage& reply);
-    void ask(QDBusMessage question, Step then);
+    void ask(QDBusMessage message, Step then);
     void askWhetherRegistered();
     void askProcess(const QDBusMessage& isRegistered);
-    void found(const QDBusMessage& process);
-    void report(unsigned process);
+    void processFound(const QDBusMessage& process);
+    void report(int process);
 
     const std::function<void(std::optional<Host>)> onChange;
     QDBusConnection bus;
     QDBusServiceWatcher ownership;
-    QTimer question;  ///< Its slot `start` is what the bus's signals are connected to.
+    QTimer recheck;  ///< Its slot `start` is what the bus's signals are connected to.
     std::unique_ptr<QDBusPendingCallWatcher> answer;
-    std::optional<unsigned> reported;  ///< The process that `onChange` was told of, 0 for none.
+    std::optional<int> reported;  ///< The process of the newest `onChange`, 0 if unknown.
 };

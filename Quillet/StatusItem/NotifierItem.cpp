@@ -134,7 +134,7 @@ NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host
       service(uniqueService()),
       adaptor(new NotifierAdaptor(this)),
       menu(new ExportedMenu(&menuObject)) {
-    menu->onOpenChange = [this](bool open) { makeWay(open); };
+    menu->onOpenChange = [this](bool open) { hideBars(open); };
     qDBusRegisterMetaType<NotifierPixmap>();
     qDBusRegisterMetaType<QList<NotifierPixmap>>();
     qDBusRegisterMetaType<NotifierToolTip>();
@@ -145,7 +145,7 @@ NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host
 
 /// Hosts drop the item when its name goes.
 NotifierItem::~NotifierItem() {
-    makeWay(false);
+    hideBars(false);
     bus.unregisterService(service);
 }
 
@@ -161,6 +161,7 @@ void NotifierItem::registerItem() {
     auto message =
         QDBusMessage::createMethodCall(NotifierHost::watcherName, NotifierHost::watcherPath,
                                        NotifierHost::watcherName, "RegisterStatusNotifierItem");
+    message.setAutoStartService(false);
     auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(message << service), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();
@@ -169,9 +170,9 @@ void NotifierItem::registerItem() {
 }
 
 /// KWin stacks bars above the menus of Wayland panels, and nobody tells where the menu will be.
-void NotifierItem::makeWay(bool isMenuOpen) const {
+void NotifierItem::hideBars(bool isMenuOpen) const {
     const bool isCovered = isMenuOpen && WindowSystem::isXwaylandOf("KWin");
-    FloatingWindow::makeWay(this, isCovered ? Screens::desktop() : QRect());
+    FloatingWindow::hideBarsAt(this, isCovered ? Screens::desktop() : QRect());
 }
 
 void NotifierItem::activate(QPoint position) {

@@ -24,7 +24,7 @@ public:
 
 private:
     void registerItem();
-    void makeWay(bool isMenuOpen) const;
+    void hideBars(bool isMenuOpen) const;
 
     QDBusConnection bus;
     const NotifierHost::Host host;

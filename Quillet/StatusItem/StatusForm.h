@@ -19,10 +19,10 @@ struct StatusContent {
     std::string toolTip;  ///< Lines of plain text.
     MenuItems menu;
 
-    /// The tool tip with what HTML treats specially escaped, and lines cut that fit no screen.
+    /// The tool tip as escaped HTML. Lines that are too long for any screen are cut.
     QString markup() const;
-    QString richText()
-        const;  ///< The same in a tag, so that Qt never guesses that it is plain text.
+    /// The same in a tag, so that Qt never takes it for plain text.
+    QString richText() const;
 
     /// At 1 and 2 pixels per point, from which trays choose.
     static std::vector<QImage> sizes(const Picture& picture) { return {picture(1), picture(2)}; }

@@ -1,12 +1,12 @@
 #include "StatusItem/StatusItem.h"
 
-#include <xcb/xcb.h>
-
 #include <QApplication>
 
 #include "StatusItem/CornerItem.h"
 #include "StatusItem/NotifierItem.h"
 #include "StatusItem/TrayIcon.h"
+#include "Windowing/WindowSystem.h"
+#include "Windowing/X11.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ std::unique_ptr<StatusForm> StatusItem::make(Arguments&&... arguments) {
 }
 
 void StatusItem::follow(const std::optional<NotifierHost::Host>& current) {
-    isNotified = current.has_value();
+    hasNotifierHost = current.has_value();
     if (!current) return lookForEmbedding();
     embedding.stop();
     if (!standIn) corner.start(hostTimeout);
@@ -89,10 +89,8 @@ void StatusItem::placeChanged() const {
     if (onPlaceChange) onPlaceChange();
 }
 
-/// A tray that embeds windows announces itself by a client message, and goes with its window.
-bool StatusItem::nativeEventFilter(const QByteArray& type, void* message, qintptr*) {
-    if (isNotified || embedding.isActive() || type != "xcb_generic_event_t") return false;
-    const auto event = static_cast<xcb_generic_event_t*>(message)->response_type & 0x7f;
-    if (event == XCB_CLIENT_MESSAGE || event == XCB_DESTROY_NOTIFY) embedding.start();
+bool StatusItem::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
+    const bool looks = !hasNotifierHost && !embedding.isActive() && WindowSystem::isX11();
+    if (looks && X11::isTrayChange(message)) embedding.start();
     return false;
 }

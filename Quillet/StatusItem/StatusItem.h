@@ -36,7 +36,7 @@ private:
     std::optional<StatusContent> content;
     std::unique_ptr<StatusForm> form;     ///< In the desktop's tray.
     std::unique_ptr<StatusForm> standIn;  ///< While no tray has taken the item.
-    bool isNotified = true;               ///< A StatusNotifier host is there, or not yet ruled out.
+    bool hasNotifierHost = true;          ///< Also until the first answer.
     QTimer embedding;
     QTimer corner;
     NotifierHost host;

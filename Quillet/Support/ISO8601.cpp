@@ -4,8 +4,8 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
-#include <ctime>
 
 namespace {
 
@@ -73,11 +73,12 @@ std::optional<std::string> ISO8601::format(Instant instant) {
     constexpr Instant yearTenThousand = 253402300800;
     if (!(instant >= yearZero && instant < yearTenThousand)) return std::nullopt;
 
-    const auto seconds = static_cast<std::time_t>(std::floor(instant));
-    std::tm time{};
-    gmtime_r(&seconds, &time);
-    char text[80];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ", time.tm_year + 1900,
-                  time.tm_mon + 1, time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
+    const sys_seconds moment{seconds(static_cast<std::int64_t>(std::floor(instant)))};
+    const year_month_day day(floor<days>(moment));
+    const hh_mm_ss time(moment - floor<days>(moment));
+    char text[64];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", int(day.year()),
+                  unsigned(day.month()), unsigned(day.day()), int(time.hours().count()),
+                  int(time.minutes().count()), int(time.seconds().count()));
     return text;
 }

@@ -34,7 +34,7 @@ const json* JSONObject::member(const char* key, bool (json::*hasType)() const no
     return nullptr;
 }
 
-bool JSONObject::mismatched() const {
+bool JSONObject::hasMismatch() const {
     return document->mismatched;
 }
 

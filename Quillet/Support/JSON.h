@@ -24,7 +24,7 @@ public:
 
     /// Whether a member asked for so far, in any object of this document, was of another type. A
     /// reader that takes a document as a whole or not at all asks this last.
-    bool mismatched() const;
+    bool hasMismatch() const;
 
 private:
     struct Document;

@@ -16,8 +16,8 @@ ClickCatcher::ClickCatcher(QWidget* attended) : popup(attended) {
     WindowSystem::makeOverlay(this);
     setWindowFlag(Qt::WindowStaysOnTopHint, false);  // the popup stands above
     popup->installEventFilter(this);
-    covered.setSingleShot(true);
-    covered.callOnTimeout([this] {
+    pointerTimer.setSingleShot(true);
+    pointerTimer.callOnTimeout([this] {
         const QPoint pointer = QCursor::pos();
         onCovered(pointer == knownPointer ? std::nullopt : std::optional(pointer));
         if (!popup->isVisible()) hide();
@@ -27,14 +27,14 @@ ClickCatcher::ClickCatcher(QWidget* attended) : popup(attended) {
 void ClickCatcher::cover(const std::function<void(std::optional<QPoint>)>& then) {
     onCovered = then;
     knownPointer = QCursor::pos();
-    covered.start(pointerTimeout);
+    pointerTimer.start(pointerTimeout);
     clearMask();
     setGeometry(Screens::desktop());
     show();
 }
 
 void ClickCatcher::surround(const QRect& window) {
-    covered.stop();
+    pointerTimer.stop();
     setGeometry(Screens::desktop());
     setMask(QRegion(rect()) - window.translated(-pos()));
     show();
@@ -43,7 +43,7 @@ void ClickCatcher::surround(const QRect& window) {
 /// Some compositors stack windows in the order of their first pictures, so the popup waits until
 /// the cover is on the screen, where the pointer enters it.
 void ClickCatcher::enterEvent(QEnterEvent*) {
-    if (covered.isActive()) covered.start(pointerDelay);
+    if (pointerTimer.isActive()) pointerTimer.start(pointerDelay);
 }
 
 bool ClickCatcher::eventFilter(QObject*, QEvent* event) {

@@ -11,9 +11,8 @@ class ClickCatcher : public QWidget {
 public:
     explicit ClickCatcher(QWidget* popup);
 
-    /// Calls back when it covers the screens, for the popup to be shown, with the pointer's place,
-    /// which only a window beneath the pointer learns; absent if none was told. Goes with the
-    /// popup.
+    /// Covers all screens, then calls back with the pointer's place, absent if it is unknown. X11
+    /// tells the place only to a window under the pointer. Hides with the popup.
     void cover(const std::function<void(std::optional<QPoint> pointer)>& then);
 
     /// Covers all but the popup's window, where the compositor would stack that beneath the cover.
@@ -28,5 +27,5 @@ private:
     QWidget* const popup;
     std::function<void(std::optional<QPoint>)> onCovered;
     QPoint knownPointer;  ///< Before it covered anything, so perhaps an old one.
-    QTimer covered;
+    QTimer pointerTimer;
 };

@@ -45,7 +45,7 @@ FloatingWindow::~FloatingWindow() {
 
 bool FloatingWindow::hasTakenFocus() {
     const auto* const bar = dynamic_cast<FloatingWindow*>(QApplication::activeWindow());
-    return bar && bar->shown.isValid() && bar->shown.elapsed() < focusDelay;
+    return bar && bar->sinceShown.isValid() && bar->sinceShown.elapsed() < focusDelay;
 }
 
 QRect FloatingWindow::frame() const {
@@ -87,7 +87,7 @@ void FloatingWindow::setVisible(bool visible) {
     raiseOpenPopup();
 }
 
-void FloatingWindow::makeWay(const void* owner, const QRect& area) {
+void FloatingWindow::hideBarsAt(const void* owner, const QRect& area) {
     for (QWidget* const window : QApplication::topLevelWidgets()) {
         auto* const bar = dynamic_cast<FloatingWindow*>(window);
         if (bar) bar->setCovers(owner, bar->frame().intersects(area));
@@ -143,7 +143,7 @@ void FloatingWindow::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 void FloatingWindow::showEvent(QShowEvent*) {
-    shown.start();
+    sinceShown.start();
 }
 
 void FloatingWindow::hideEvent(QHideEvent*) {

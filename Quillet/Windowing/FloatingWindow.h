@@ -30,7 +30,7 @@ public:
 
     /// Hides the bars that would cover what `owner` shows at `area`, until it calls with an empty
     /// one.
-    static void makeWay(const void* owner, const QRect& area);
+    static void hideBarsAt(const void* owner, const QRect& area);
 
     /// Whether a bar has the focus only because it was shown just now.
     static bool hasTakenFocus();
@@ -69,7 +69,7 @@ private:
     const double cornerRadius;
     std::optional<Drag> drag;
     QTimer placing;  ///< After the window grew.
-    QElapsedTimer shown;
+    QElapsedTimer sinceShown;
     bool isWanted = false;
     std::set<const void*> coveredOwners;
 };

@@ -44,7 +44,7 @@ bool Popover::isShown() const {
 }
 
 bool Popover::justClosed() const {
-    return dismissedFor.isValid() && dismissedFor.elapsed() < reclickTime;
+    return sinceDismissed.isValid() && sinceDismissed.elapsed() < reclickTime;
 }
 
 QRect Popover::place(const QRect& anchor, QSize size, const QRect& area) {
@@ -118,7 +118,7 @@ void Popover::setForm(Form best) {
 
 void Popover::close() {
     hide();
-    dismissedFor.invalidate();
+    sinceDismissed.invalidate();
 }
 
 void Popover::follow() {
@@ -126,13 +126,13 @@ void Popover::follow() {
     setFixedSize(place.size());  // a tiling compositor leaves such a window alone
     move(place.topLeft());
     if (isVisible()) catchClicks();
-    setBarsGiveWay(isVisible());
+    hideBars(isVisible());
 }
 
 /// A managed window stands below the bars, which are not managed.
-void Popover::setBarsGiveWay(bool giveWay) const {
-    const bool isCovered = giveWay && form == Form::window && WindowSystem::isXwayland();
-    FloatingWindow::makeWay(this, isCovered ? geometry() : QRect());
+void Popover::hideBars(bool hide) const {
+    const bool isCovered = hide && form == Form::window && WindowSystem::isXwayland();
+    FloatingWindow::hideBarsAt(this, isCovered ? geometry() : QRect());
 }
 
 bool Popover::event(QEvent* event) {
@@ -142,14 +142,13 @@ bool Popover::event(QEvent* event) {
         if (FloatingWindow::hasTakenFocus())
             QMetaObject::invokeMethod(this, &QWidget::show, Qt::QueuedConnection);
     }
-    if (event->type() == QEvent::Show) setBarsGiveWay(true);
+    if (event->type() == QEvent::Show) hideBars(true);
     return QWidget::event(event);
 }
 
 bool Popover::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Resize && isVisible()) follow();
-    if (event->type() == QEvent::Paint)
-        setBarsGiveWay(isVisible());  // a control may have brought a bar
+    if (event->type() == QEvent::Paint) hideBars(isVisible());  // a control may have brought a bar
     return QWidget::eventFilter(watched, event);
 }
 
@@ -159,6 +158,6 @@ void Popover::keyPressEvent(QKeyEvent* event) {
 }
 
 void Popover::hideEvent(QHideEvent*) {
-    dismissedFor.start();
-    setBarsGiveWay(false);
+    sinceDismissed.start();
+    hideBars(false);
 }

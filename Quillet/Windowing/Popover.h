@@ -17,9 +17,8 @@ public:
 
     bool isShown() const;
 
-    /// Under the item (Qt's coordinates), or over it where there is no room below. The place of an
-    /// unknown item is that of the pointer, else of the reported click, whichever is first near a
-    /// screen's edge, else the top right corner.
+    /// Below the item (Qt's coordinates), or above it if there is no room. Without an item: at the
+    /// pointer or the reported click if that is near a screen's edge, else at the top right.
     void show(std::optional<QRect> item, std::optional<QPoint> click = std::nullopt);
     void close();
 
@@ -48,13 +47,13 @@ private:
     QRect locate(std::optional<QPoint> click, std::optional<QPoint> pointer);
     void catchClicks();
     void follow();
-    void setBarsGiveWay(bool giveWay) const;
+    void hideBars(bool hide) const;
 
     QWidget* const view;
     const std::unique_ptr<ClickCatcher> catcher;
     std::optional<Form> form;
     QRect anchor;
-    std::optional<QPoint> lastClick;  ///< The newest with which the pointer was found, and where.
+    std::optional<QPoint> lastClick;  ///< The last for which the pointer's place was known.
     QPoint lastPointer;
-    QElapsedTimer dismissedFor;  ///< Valid once the user dismissed it by turning elsewhere.
+    QElapsedTimer sinceDismissed;  ///< Valid once the user dismissed it by turning elsewhere.
 };

@@ -20,9 +20,9 @@ bool isXwaylandOf(std::string_view compositor);  ///< By the name that it gives 
 /// Windows neither know nor choose their place, and keep the size that they are first shown with.
 bool isWayland();
 
-/// Gives a window no frame, no focus and no task bar entry, and puts it above all others. Window
-/// managers don't handle it where they needn't: none keeps its windows above full-screen ones, on
-/// every workspace and away from the focus.
+/// Gives a window no frame, no focus and no task bar entry, and puts it above all others. On X11 it
+/// bypasses the window manager, as none keeps a window above full-screen ones and on every
+/// workspace.
 void makeOverlay(QWidget* window);
 
 /// Rounds a window's corners, in points, where no compositor can make them transparent.

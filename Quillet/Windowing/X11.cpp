@@ -34,6 +34,10 @@ xcb_atom_t atom(const char* name) {
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
+int typeOf(const void* event) {
+    return static_cast<const xcb_generic_event_t*>(event)->response_type & 0x7f;
+}
+
 xcb_get_property_cookie_t ask(xcb_window_t window, xcb_atom_t name) {
     return xcb_get_property(connection(), 0, window, name, XCB_ATOM_ANY, 0, maxLength);
 }
@@ -103,6 +107,11 @@ bool X11::isRestacking(const void* event) {
     static const xcb_atom_t restacked[] = {atom("_NET_ACTIVE_WINDOW"),
                                            atom("_NET_CLIENT_LIST_STACKING")};
     const auto* const change = static_cast<const xcb_property_notify_event_t*>(event);
-    return (change->response_type & 0x7f) == XCB_PROPERTY_NOTIFY &&
+    return typeOf(event) == XCB_PROPERTY_NOTIFY &&
            (change->atom == restacked[0] || change->atom == restacked[1]);
+}
+
+/// A tray that embeds windows announces itself by a client message, and goes with its window.
+bool X11::isTrayChange(const void* event) {
+    return typeOf(event) == XCB_CLIENT_MESSAGE || typeOf(event) == XCB_DESTROY_NOTIFY;
 }

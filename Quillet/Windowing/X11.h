@@ -10,7 +10,7 @@ class QWidget;
 /// What Qt doesn't ask of the X server. To be called on X11 and Xwayland alone.
 namespace X11 {
 
-/// Whether a program owns the selection, as compositors and trays each own one of the screen's.
+/// Whether a program owns the selection. Compositors and trays each own one.
 bool isOwned(const char* selection);
 
 /// What the window manager calls itself; empty where there is none.
@@ -25,7 +25,9 @@ std::vector<std::array<int, 12>> struts();
 /// Keeps a managed window out of task bars. To be called each time before the window is shown.
 void leaveTaskBar(QWidget* window);
 
-/// Whether a native event tells that the window manager put another window on top.
+// Whether a native event reports a change of the stacking order, or that a tray may have come or
+// gone.
 bool isRestacking(const void* event);
+bool isTrayChange(const void* event);
 
 }  // namespace X11

@@ -25,11 +25,12 @@ TEST(Status, TextLeavesOutWhatIsAbsent) {
 TEST(Status, OddValuesStillGiveAJSONDocument) {
     UsageSnapshot snapshot(Provider::codex);
     snapshot.planLabel = "/\x1B\xFF\xC2\xA0é", snapshot.dailyPercent = NAN;
-    snapshot.dailyResetAt = snapshot.updatedAt = NAN, snapshot.weeklyPercent = 1e300;
+    snapshot.dailyResetAt = snapshot.updatedAt = NAN, snapshot.weeklyPercent = 2.021166666666667;
     const auto text = CLI::jsonReport({{Provider::codex, snapshot}});
     EXPECT_EQ(nlohmann::json::parse(text, nullptr, false)[0].size(), 11U) << text;
-    for (const char* part : {R"("dailyPercent" : null)", R"("dailyResetsAt" : null)",
-                             R"("weeklyPercent" : 1e+300)", "\"\\/\\u001b\xEF\xBF\xBD\xC2\xA0é\""})
+    for (const char* part :
+         {R"("dailyPercent" : null)", R"("dailyResetsAt" : null)",
+          R"("weeklyPercent" : 2.021166666666667)", "\"\\/\\u001b\xEF\xBF\xBD\xC2\xA0é\""})
         EXPECT_NE(text.find(part), std::string::npos) << part << " is not in " << text;
     EXPECT_EQ(CLI::jsonReport({}), "[]\n");
 }

@@ -25,7 +25,7 @@ TEST(JSON, OnlyAWholeObjectParsesAndAMemberOfAnotherTypeIsNoted) {
     EXPECT_FALSE(JSONObject::parse("[]") || JSONObject::parse(good + '\0'));
     const auto object = JSONObject::parse(good);
     EXPECT_EQ(object->number("n"), 0x1p64);
-    EXPECT_FALSE(object->text("nul") || object->number("none") || object->mismatched());
+    EXPECT_FALSE(object->text("nul") || object->number("none") || object->hasMismatch());
     EXPECT_FALSE(object->number("b") || object->objects("m"));
-    EXPECT_TRUE(object->mismatched());
+    EXPECT_TRUE(object->hasMismatch());
 }
