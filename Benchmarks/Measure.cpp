@@ -28,9 +28,9 @@ double middle(std::vector<double>& values) {
 
 void addLine(const std::string& name, double ours, double other, const char* unit, double budget) {
     static const bool headed =
-        std::printf("%-55s %12s %12s %6s %6s\n", "", "ours", "other", "ratio", "budget") > 0;
+        std::printf("%-54s %12s %12s %6s %6s\n", "", "ours", "other", "ratio", "budget") > 0;
     const bool good = headed && ours / other <= budget;
-    std::printf("%-55s %8.3f %s %8.3f %s %6.2f %6.2f  %s\n", name.c_str(), ours, unit, other, unit,
+    std::printf("%-54s %8.3f %s %8.3f %s %6.2f %6.2f  %s\n", name.c_str(), ours, unit, other, unit,
                 ours / other, budget, good ? "ok" : "OVER");
     std::fflush(stdout);
     allGood = allGood && good;
