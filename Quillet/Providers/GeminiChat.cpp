@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
+#include <memory_resource>
 #include <unordered_set>
 
 #include "Support/ISO8601.h"
@@ -73,7 +75,9 @@ bool GeminiChat::isBeginning(std::string_view text) {
 }
 
 std::int64_t GeminiChat::answers(std::string_view text, Instant since) {
-    std::unordered_set<std::string> ids;
+    std::pmr::monotonic_buffer_resource memory;  // a heap allocation for each id takes longer
+    std::pmr::unordered_set<std::string_view> ids(&memory);
+    std::deque<std::string> parsedIDs;  // that `ids` refers to
     std::size_t end = 0;
     for (std::size_t at; (at = text.find(answerMark, end)) != std::string_view::npos;) {
         const std::string_view line = lineAround(text, at);
@@ -81,10 +85,10 @@ std::int64_t GeminiChat::answers(std::string_view text, Instant since) {
         // Whether the first line is whole or was cut, only a parser can tell.
         const auto head = line.begin() == text.begin() ? std::nullopt : headAsWritten(line);
         if (head) {
-            if (head->type == answerType && isSince(head->timestamp, since)) ids.emplace(head->id);
+            if (head->type == answerType && isSince(head->timestamp, since)) ids.insert(head->id);
         } else if (const auto answer = parsedAnswer(line)) {
             if (isSince(answer->text("timestamp").value_or(""), since))
-                ids.insert(answer->text("id").value_or(std::string(line)));
+                ids.insert(parsedIDs.emplace_back(answer->text("id").value_or(std::string(line))));
         }
     }
     return static_cast<std::int64_t>(ids.size());
