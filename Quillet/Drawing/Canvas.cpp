@@ -37,13 +37,11 @@ void Canvas::fillRounded(Rect rect, double radius, Color color) {
     painter.drawRoundedRect(toQt(rect), radius, radius);
 }
 
-/// As the area between two outlines: Qt's stroker takes several times as long.
 void Canvas::strokeRounded(Rect rect, double radius, Color color, double lineWidth) {
-    const double half = lineWidth / 2;
-    QPainterPath ring;
-    ring.addRoundedRect(toQt(rect.inset(-half)), radius + half, radius + half);
-    ring.addRoundedRect(toQt(rect.inset(half)), radius - half, radius - half);
-    painter.fillPath(ring, qtColor(color));
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(qtColor(color), lineWidth));
+    painter.drawRoundedRect(toQt(rect), radius, radius);
+    painter.setPen(Qt::NoPen);
 }
 
 void Canvas::fillEllipse(Rect rect, Color color) {
