@@ -12,6 +12,7 @@
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/HostileValues.h"
 #include "Tests/Support/ScopedClock.h"
+#include "Windowing/Popover.h"
 
 namespace {
 
@@ -123,17 +124,15 @@ TEST(PanelView, ControlsShowTheSettingsAndAskForTheOpposite) {
 }
 
 TEST(PanelView, TheKeyboardGoesThroughTheControlsInReadingOrder) {
-    QWidget window;
-    window.setFocusPolicy(Qt::ClickFocus);  // as the popover
-    PanelView panel(&window);
+    PanelView panel;
+    Popover popover(&panel);
     panel.hasTouchBar = true;
     panel.update(std::vector<PanelView::Entry>());
-    window.show();
-    window.activateWindow();
-    window.setFocus();
+    popover.show(QRect(380, 10, 40, 20));
+    popover.activateWindow();
     QCoreApplication::processEvents();
     const auto buttons = buttonsOf(panel);
-    press(&window, Qt::Key_Tab);
+    press(&popover, Qt::Key_Tab);
     for (auto* button : buttons) {
         ASSERT_TRUE(button->hasFocus()) << button->look().title << " is not next";
         const QImage focused = rendered(*button);
