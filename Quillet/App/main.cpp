@@ -32,8 +32,8 @@ bool drawsPicture(std::string_view command) {
     return std::ranges::find(commands, command) != std::end(commands);
 }
 
-/// Keeps what the process inherited from changing what it does. Comes first: the environment may
-/// only be changed before there are threads.
+/// Undoes what the process inherited. This comes first, as the environment may change only before
+/// there are threads.
 void isolateProcess() {
     // libcurl would write each connection's keys to the first, and OpenSSL would load what the
     // others name.

@@ -14,8 +14,7 @@ QString loadFamily() {
         const QResource file(QStringLiteral(":/fonts/Inter-%1.otf").arg(face));
         const auto data =
             QByteArray::fromRawData(reinterpret_cast<const char*>(file.data()), file.size());
-        const int id =
-            QFontDatabase::addApplicationFontFromData(data);  // where it is, without a copy
+        const int id = QFontDatabase::addApplicationFontFromData(data);  // not copied
         family = QFontDatabase::applicationFontFamilies(id).value(0, family);
     }
     return family;

@@ -1,6 +1,5 @@
-// Along the straight middle of a long bar every column of its blur is the same. So a glow is
-// blurred on a short tile, whose middle column is stretched, and costs the same whatever the bar's
-// length.
+// In the middle of a long bar every column of the blur is the same. So a short tile is blurred and
+// its middle column stretched.
 #include "Drawing/Glow.h"
 
 #include <QCache>

@@ -8,9 +8,10 @@
 
 /// What is known about one provider's usage at one moment.
 struct UsageSnapshot {
-    /// Errors: the assistant's own directory is missing; it is there, without a usable login.
-    static constexpr const char* notInstalled = "Not installed";
-    static constexpr const char* loginRequired = "Login required";
+    // Errors:
+    static constexpr const char* notInstalled = "Not installed";  ///< No directory of the tool.
+    static constexpr const char* loginRequired =
+        "Login required";  ///< A directory without a login.
 
     explicit UsageSnapshot(Provider provider) : provider(provider), updatedAt(Clock::now()) {}
 

@@ -16,7 +16,7 @@ constexpr struct {
 
 FlatButton::FlatButton(QWidget* parent) : QPushButton(parent) {
     setCursor(Qt::PointingHandCursor);
-    setFocusPolicy(Qt::TabFocus);  // a click would leave the ring behind
+    setFocusPolicy(Qt::TabFocus);  // no ring after a click
 }
 
 void FlatButton::setLook(Look look) {

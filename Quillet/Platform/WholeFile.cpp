@@ -21,7 +21,7 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-/// Those of the file to replace, else a new file's usual ones. Absent if there is something else,
+/// The replaced file's permissions, or 0644 for a new file. Absent if the path is something else,
 /// such as a device.
 std::optional<mode_t> permissions(const std::string& path) {
     struct stat status {};
@@ -35,8 +35,8 @@ std::optional<mode_t> permissions(const std::string& path) {
 bool WholeFile::write(const std::string& path, std::string_view bytes, Flush flush) {
     const auto mode = permissions(path);
     if (!mode) return false;
-    // Renaming is atomic only within a file system. The name must not be longer than the maximum,
-    // so it isn't derived from the file's.
+    // In the same directory, as renaming is atomic only within a file system. The file's own name
+    // may have the maximum length already, so the temporary name doesn't contain it.
     std::string temporary = path.substr(0, path.rfind('/') + 1) + ".quillet-XXXXXX";
     const int file = mkostemp(temporary.data(), O_CLOEXEC);
     if (file < 0) return false;

@@ -5,9 +5,8 @@
 /// The table of collectors.
 namespace Collectors {
 
-/// Asks the provider's collector. The strings of its snapshot come from files and replies; in the
-/// one returned they hold no control characters. Blocks on files and, for some, on the network;
-/// callable from any thread.
+/// Asks the provider's collector, and removes control characters from the strings of its snapshot.
+/// Blocks on files and, for some providers, on the network. Any thread may call it.
 UsageSnapshot collect(Provider provider);
 
 }  // namespace Collectors

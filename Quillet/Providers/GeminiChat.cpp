@@ -1,6 +1,6 @@
 // Some hundred chats may change in a day, and nearly all of a chat is the content of its messages.
-// So only lines with the mark of an answer are looked at, and only the head of one that stands as
-// the tool writes it.
+// So only lines that contain the mark of an answer are read, and of those only the head, if it is
+// exactly as the tool writes it.
 #include "Providers/GeminiChat.h"
 
 #include <algorithm>

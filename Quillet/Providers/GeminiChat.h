@@ -12,14 +12,14 @@
 /// message.
 namespace GeminiChat {
 
-/// No chat's first line is longer; it has some hundred bytes.
+/// Of a chat's first line, which has some hundred.
 inline constexpr std::size_t maxHeaderBytes = 1 << 14;
 
 /// Whether a log that begins with `text` is a chat.
 bool isBeginning(std::string_view text);
 
-/// How many answers in the end of a chat were given at `since` or later. An answer that was written
-/// again under the same id counts once, a first line that was cut not at all.
+/// Counts the answers since `since` in the end of a chat, each id once. A cut first line doesn't
+/// count.
 std::int64_t answers(std::string_view text, Instant since);
 
 /// The model of the newest answer that names one in the end of a chat.

@@ -8,9 +8,9 @@
 /// How much of the end of a log is read.
 inline constexpr std::size_t logTailBytes = 262144;
 
-/// What a collector last found in the end of the newest log. It is kept while the same log's end
-/// holds nothing to find: a long turn pushes the line out of it, and a character that the cut
-/// splits makes it unreadable. Any thread may use it.
+/// The last value read from the end of the newest log. It is kept while that end has none: a long
+/// turn can push the line out, and a cut inside a character makes all of it unreadable. Any thread
+/// may use it.
 template <typename Value>
 class LastReading {
 public:

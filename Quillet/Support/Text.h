@@ -10,7 +10,7 @@ namespace Text {
 /// The parts between the separators without the empty ones. They point into `text`.
 std::vector<std::string_view> split(std::string_view text, char separator);
 
-/// What `read` makes of the last line of which it makes anything.
+/// Calls `read` with each line, the last one first, until it gives a value; absent if none does.
 template <typename Read>
 auto fromLastLine(std::string_view text, Read read) -> decltype(read(text)) {
     const auto lines = split(text, '\n');
