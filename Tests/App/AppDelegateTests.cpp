@@ -326,8 +326,8 @@ TEST_F(Application, MissingTouchBarOperationsDoNothing) {
 
 TEST_F(Application, AThousandRefreshesLeaveNothingBehind) {
     const auto count = [] {
-        const auto entries = [](const char* folder) {
-            return std::distance(std::filesystem::directory_iterator(folder),
+        const auto entries = [](const char* directory) {
+            return std::distance(std::filesystem::directory_iterator(directory),
                                  std::filesystem::directory_iterator());
         };
         return std::vector<std::ptrdiff_t>{QApplication::allWidgets().size(),

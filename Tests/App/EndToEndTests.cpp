@@ -143,7 +143,7 @@ TEST_F(Quillet, OneBadFileSpoilsNoOtherProvider) {
     for (const auto& file : lists["files"]) {
         makeDatabase(file.value("journal", "DELETE"));
         const auto original = home.at(file["path"]), saved = home.beside("saved");
-        home.write(file["path"].get<std::string>() + ".beside", "");  // makes the folder
+        home.write(file["path"].get<std::string>() + ".beside", "");  // makes the directory
         const bool exists = fs::exists(original);
         if (exists) fs::rename(original, saved);
         for (const auto& kind : lists["kinds"]) {
