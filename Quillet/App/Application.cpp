@@ -3,7 +3,6 @@
 #include <sys/signalfd.h>
 
 #include <QApplication>
-#include <QDBusAbstractAdaptor>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QSocketNotifier>
@@ -12,6 +11,7 @@
 #include <cstdlib>
 
 #include "App/AppDelegate.h"
+#include "App/ApplicationAdaptor.h"
 #include "Windowing/WindowSystem.h"
 
 namespace {
@@ -56,22 +56,6 @@ public:
     }
 };
 
-/// What a second start calls.
-class ApplicationAdaptor : public QDBusAbstractAdaptor {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "com.zendrik.Quillet")
-
-public:
-    explicit ApplicationAdaptor(AppDelegate* shown)
-        : QDBusAbstractAdaptor(shown), delegate(shown) {}
-
-public slots:
-    void ShowPanel() { delegate->showPopover(); }
-
-private:
-    AppDelegate* const delegate;
-};
-
 /// Whether the session has an application already, which then shows its panel.
 bool isRunningElsewhere() {
     auto bus = QDBusConnection::sessionBus();
@@ -112,5 +96,3 @@ void Application::run() {
     delegate.applicationDidFinishLaunching();
     QApplication::exec();
 }
-
-#include "Application.moc"

@@ -128,7 +128,7 @@ QImage imageOf(const Tile& tile) {
     constexpr int maxBytes = 512 * 1024;
     static QCache<Tile, QImage> cache(maxBytes);
     if (const QImage* const known = cache.object(tile)) return *known;
-    const QImage image = blurred(tile);
+    QImage image = blurred(tile);
     cache.insert(tile, new QImage(image), static_cast<int>(image.sizeInBytes()));
     return image;
 }

@@ -1,29 +1,16 @@
 #include "StatusItem/NotifierItem.h"
 
 #include <QCoreApplication>
-#include <QDBusAbstractAdaptor>
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QtEndian>
 
+#include "StatusItem/NotifierAdaptor.h"
 #include "Windowing/FloatingWindow.h"
 #include "Windowing/Screens.h"
 #include "Windowing/WindowSystem.h"
-
-struct NotifierPixmap {
-    int width = 0;
-    int height = 0;
-    QByteArray pixels;  ///< ARGB, most significant byte first.
-};
-
-struct NotifierToolTip {
-    QString iconName;
-    QList<NotifierPixmap> icon;
-    QString title;
-    QString markup;
-};
 
 QDBusArgument& operator<<(QDBusArgument& out, const NotifierPixmap& pixmap) {
     out.beginStructure();
@@ -50,7 +37,6 @@ const QDBusArgument& operator>>(const QDBusArgument& in, NotifierToolTip&) {
 namespace {
 
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
-const QString menuPath = QStringLiteral("/MenuBar");
 constexpr int cellSize = 22;  // points
 
 NotifierPixmap pixmap(const QImage& image) {
@@ -70,60 +56,17 @@ QString uniqueService() {
 
 }  // namespace
 
-/// The item as the host sees it. It has no ContextMenu: a host that draws no exported menu would
-/// get one without a place.
-class NotifierAdaptor : public QDBusAbstractAdaptor {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
-    Q_PROPERTY(QString Category MEMBER category CONSTANT)
-    Q_PROPERTY(QString Id MEMBER id CONSTANT)
-    Q_PROPERTY(QString Title MEMBER title CONSTANT)
-    Q_PROPERTY(QString Status MEMBER status CONSTANT)
-    Q_PROPERTY(int WindowId MEMBER windowID CONSTANT)
-    Q_PROPERTY(QString IconName MEMBER none CONSTANT)
-    Q_PROPERTY(QString IconThemePath MEMBER none CONSTANT)
-    Q_PROPERTY(QString OverlayIconName MEMBER none CONSTANT)
-    Q_PROPERTY(QString AttentionIconName MEMBER none CONSTANT)
-    Q_PROPERTY(QList<NotifierPixmap> IconPixmap READ iconPixmap)
-    Q_PROPERTY(NotifierToolTip ToolTip READ toolTip)
-    Q_PROPERTY(bool ItemIsMenu MEMBER isMenu CONSTANT)
-    Q_PROPERTY(QDBusObjectPath Menu MEMBER menu CONSTANT)
+void NotifierAdaptor::show(const std::vector<QImage>& newImages, const QString& newMarkup) {
+    if (std::exchange(images, newImages) != newImages) emit NewIcon();
+    if (std::exchange(markup, newMarkup) != newMarkup) emit NewToolTip();
+}
 
-public:
-    explicit NotifierAdaptor(NotifierItem* shown) : QDBusAbstractAdaptor(shown), item(shown) {}
-
-    void show(const std::vector<QImage>& newImages, const QString& newMarkup) {
-        if (std::exchange(images, newImages) != newImages) emit NewIcon();
-        if (std::exchange(markup, newMarkup) != newMarkup) emit NewToolTip();
-    }
-
-public slots:
-    void Activate(int x, int y) { item->activate({x, y}); }
-    void SecondaryActivate(int x, int y) { item->activate({x, y}); }
-    void Scroll(int, const QString&) {}
-
-signals:
-    void NewIcon();
-    void NewToolTip();
-
-private:
-    QList<NotifierPixmap> iconPixmap() const {
-        QList<NotifierPixmap> pixmaps;
-        for (const QImage& image : images)
-            pixmaps << pixmap(image);
-        return pixmaps;
-    }
-    NotifierToolTip toolTip() const { return {none, {}, title, markup}; }
-
-    NotifierItem* const item;
-    std::vector<QImage> images;
-    QString markup;
-    const QString category = QStringLiteral("ApplicationStatus"), status = QStringLiteral("Active");
-    const QString id = QStringLiteral("quillet"), title = QStringLiteral("Quillet"), none;
-    const int windowID = 0;
-    const bool isMenu = false;
-    const QDBusObjectPath menu{menuPath};
-};
+QList<NotifierPixmap> NotifierAdaptor::iconPixmap() const {
+    QList<NotifierPixmap> pixmaps;
+    for (const QImage& image : images)
+        pixmaps << pixmap(image);
+    return pixmaps;
+}
 
 NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host shownBy,
                            std::function<void()> registration, Activate activation)
@@ -132,14 +75,14 @@ NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host
       onRegistered(std::move(registration)),
       onActivate(std::move(activation)),
       service(uniqueService()),
-      adaptor(new NotifierAdaptor(this)),
+      adaptor(new NotifierAdaptor(this, [this](QPoint position) { activate(position); })),
       menu(new ExportedMenu(&menuObject)) {
     menu->onOpenChange = [this](bool open) { hideBars(open); };
     qDBusRegisterMetaType<NotifierPixmap>();
     qDBusRegisterMetaType<QList<NotifierPixmap>>();
     qDBusRegisterMetaType<NotifierToolTip>();
     bus.registerObject(itemPath, this);
-    bus.registerObject(menuPath, &menuObject);
+    bus.registerObject(NotifierAdaptor::menuPath, &menuObject);
     bus.registerService(service);
 }
 
@@ -183,5 +126,3 @@ void NotifierItem::activate(QPoint position) {
     }
     onActivate({place, reported});
 }
-
-#include "NotifierItem.moc"

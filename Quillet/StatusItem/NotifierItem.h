@@ -20,9 +20,8 @@ public:
     void setContent(const StatusContent& content) override;
     std::optional<QRect> geometry() const override { return place; }
 
-    void activate(QPoint position);  ///< As the host reports a click.
-
 private:
+    void activate(QPoint position);
     void registerItem();
     void hideBars(bool isMenuOpen) const;
 
