@@ -89,7 +89,7 @@ private:
     MenuItems contextMenu();
     void showContextMenu(QPoint position) { barMenu.show(contextMenu(), position); }
     MenuItem surfaceItem(DisplaySurface surface);
-    MenuItem providerItem(Provider provider);
+    MenuItem providerItem(Provider provider, bool isVisible);
     void toggleSurface(DisplaySurface surface);
     void toggleProvider(Provider provider);
     static void openDonate();

@@ -35,8 +35,9 @@ MenuItems AppDelegate::contextMenu() {
     }
     items.push_back({});
     items.push_back(heading("Providers"));
+    const auto shown = enabledProviders();
     for (const Provider provider : Provider::allCases())
-        items.push_back(providerItem(provider));
+        items.push_back(providerItem(provider, std::ranges::count(shown, provider) > 0));
     items.push_back({});
     items.push_back(command("Refresh", 'r', [this] { refreshTapped(); }));
     if (hasTouchBar && settings.surfaces.contains(DisplaySurface::touchBar)) {
@@ -54,11 +55,10 @@ MenuItem AppDelegate::surfaceItem(DisplaySurface surface) {
             }};
 }
 
-MenuItem AppDelegate::providerItem(Provider provider) {
-    return {
-        "  " + std::string(provider.rawValue()), {}, isProviderVisible(provider), [this, provider] {
-            toggleProvider(provider);
-        }};
+MenuItem AppDelegate::providerItem(Provider provider, bool isVisible) {
+    return {"  " + std::string(provider.rawValue()), {}, isVisible, [this, provider] {
+                toggleProvider(provider);
+            }};
 }
 
 void AppDelegate::toggleSurface(DisplaySurface surface) {

@@ -94,8 +94,9 @@ void PanelView::rebuildProviderButtons() {
 
 void PanelView::syncControlStates() {
     for (const auto& [provider, button] : providerButtons) {
-        button->setLook(tileLook(provider, showsProvider(provider)));
-        button->setChecked(showsProvider(provider));
+        const bool visible = showsProvider(provider);
+        button->setLook(tileLook(provider, visible));
+        button->setChecked(visible);
     }
     for (const auto& [surface, button] : surfaceButtons) {
         const bool on = settings.surfaces.contains(surface);

@@ -41,8 +41,7 @@ class NotifierAdaptor : public QDBusAbstractAdaptor {
 public:
     static constexpr const char* menuPath = "/MenuBar";
 
-    NotifierAdaptor(QObject* object, std::function<void(QPoint)> onActivate)
-        : QDBusAbstractAdaptor(object), activate(std::move(onActivate)) {}
+    NotifierAdaptor(QObject* object, std::function<void(QPoint)> onActivate);
 
     void show(const std::vector<QImage>& images, const QString& markup);
 

@@ -1,51 +1,18 @@
 #include "StatusItem/NotifierItem.h"
 
 #include <QCoreApplication>
-#include <QDBusArgument>
 #include <QDBusMessage>
-#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
-#include <QtEndian>
 
 #include "StatusItem/NotifierAdaptor.h"
 #include "Windowing/FloatingWindow.h"
 #include "Windowing/Screens.h"
 #include "Windowing/WindowSystem.h"
 
-QDBusArgument& operator<<(QDBusArgument& out, const NotifierPixmap& pixmap) {
-    out.beginStructure();
-    out << pixmap.width << pixmap.height << pixmap.pixels;
-    out.endStructure();
-    return out;
-}
-
-QDBusArgument& operator<<(QDBusArgument& out, const NotifierToolTip& toolTip) {
-    out.beginStructure();
-    out << toolTip.iconName << toolTip.icon << toolTip.title << toolTip.markup;
-    out.endStructure();
-    return out;
-}
-
-// Qt DBus asks for readers too, but nobody sends such values to us.
-const QDBusArgument& operator>>(const QDBusArgument& in, NotifierPixmap&) {
-    return in;
-}
-const QDBusArgument& operator>>(const QDBusArgument& in, NotifierToolTip&) {
-    return in;
-}
-
 namespace {
 
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
 constexpr int cellSize = 22;  // points
-
-NotifierPixmap pixmap(const QImage& image) {
-    QImage pixels = image.convertToFormat(QImage::Format_ARGB32);
-    qToBigEndian<quint32>(pixels.constBits(), pixels.sizeInBytes() / 4, pixels.bits());
-    return {pixels.width(),
-            pixels.height(),
-            {reinterpret_cast<const char*>(pixels.constBits()), pixels.sizeInBytes()}};
-}
 
 QString uniqueService() {
     static int count = 0;
@@ -55,18 +22,6 @@ QString uniqueService() {
 }
 
 }  // namespace
-
-void NotifierAdaptor::show(const std::vector<QImage>& newImages, const QString& newMarkup) {
-    if (std::exchange(images, newImages) != newImages) emit NewIcon();
-    if (std::exchange(markup, newMarkup) != newMarkup) emit NewToolTip();
-}
-
-QList<NotifierPixmap> NotifierAdaptor::iconPixmap() const {
-    QList<NotifierPixmap> pixmaps;
-    for (const QImage& image : images)
-        pixmaps << pixmap(image);
-    return pixmaps;
-}
 
 NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host shownBy,
                            std::function<void()> registration, Activate activation)
@@ -78,9 +33,6 @@ NotifierItem::NotifierItem(const QDBusConnection& connection, NotifierHost::Host
       adaptor(new NotifierAdaptor(this, [this](QPoint position) { activate(position); })),
       menu(new ExportedMenu(&menuObject)) {
     menu->onOpenChange = [this](bool open) { hideBars(open); };
-    qDBusRegisterMetaType<NotifierPixmap>();
-    qDBusRegisterMetaType<QList<NotifierPixmap>>();
-    qDBusRegisterMetaType<NotifierToolTip>();
     bus.registerObject(itemPath, this);
     bus.registerObject(NotifierAdaptor::menuPath, &menuObject);
     bus.registerService(service);

@@ -39,10 +39,6 @@ Popover::~Popover() {
     view->setParent(nullptr);
 }
 
-bool Popover::isShown() const {
-    return isVisible();
-}
-
 bool Popover::justClosed() const {
     return sinceDismissed.isValid() && sinceDismissed.elapsed() < reclickTime;
 }

@@ -15,7 +15,7 @@ public:
     explicit Popover(QWidget* view);  ///< The view must outlive it.
     ~Popover() override;
 
-    bool isShown() const;
+    bool isShown() const { return isVisible(); }
 
     /// Below the item (Qt's coordinates), or above it if there is no room. Without an item: at the
     /// pointer or the reported click if that is near a screen's edge, else at the top right.
