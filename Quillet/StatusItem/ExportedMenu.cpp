@@ -104,11 +104,6 @@ void ExportedMenu::publish() {
     if (std::exchange(isWaiting, false)) emit LayoutUpdated(++revision, rootID);
 }
 
-const ExportedMenu::Row* ExportedMenu::find(int id) const {
-    const auto row = std::ranges::find(rows, id, &Row::id);
-    return row == rows.end() ? nullptr : &*row;
-}
-
 /// Opening it again while changes wait doesn't make them wait longer.
 void ExportedMenu::opened() {
     if (!isWaiting) openTimeout.start();
@@ -124,18 +119,16 @@ void ExportedMenu::closed() {
 /// The action runs from the event loop, as it may destroy this menu. A click closes the menu, and
 /// some hosts flip its check mark themselves, so the rows are sent again even if none changed.
 void ExportedMenu::chosen(int id) {
-    const Row* row = find(id);
-    if (!row || !row->item.action) return;
+    const auto row = std::ranges::find(rows, id, &Row::id);
+    if (row == rows.end() || !row->item.action) return;
     QMetaObject::invokeMethod(qApp, row->item.action, Qt::QueuedConnection);
     isWaiting = true;
     QMetaObject::invokeMethod(this, &ExportedMenu::closed, Qt::QueuedConnection);
 }
 
 uint ExportedMenu::GetLayout(int parent, int depth, const QStringList&, ExportedLayout& layout) {
-    const Row* row = find(parent);
-    layout.menu = row ? ExportedRow{parent, propertiesOf(row->item)} : ExportedRow{parent, {}};
-    if (parent == rootID)
-        layout = {root(), depth == 0 ? QList<ExportedRow>() : GetGroupProperties({}, {})};
+    layout.menu = GetGroupProperties({parent}, {}).value(0, {parent, {}});
+    if (parent == rootID && depth != 0) layout.rows = GetGroupProperties({}, {});
     return revision;
 }
 
@@ -150,9 +143,8 @@ QList<ExportedRow> ExportedMenu::GetGroupProperties(const QList<int>& wanted, co
 }
 
 QDBusVariant ExportedMenu::GetProperty(int id, const QString& name) {
-    const Row* row = find(id);
-    const QVariantMap properties = row ? propertiesOf(row->item) : root().properties;
-    return QDBusVariant(properties.value(name, QString()));
+    const ExportedRow row = GetGroupProperties({id}, {}).value(0);
+    return QDBusVariant(row.properties.value(name, QString()));
 }
 
 void ExportedMenu::Event(int id, const QString& kind, const QDBusVariant&, uint) {

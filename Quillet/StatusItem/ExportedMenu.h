@@ -64,7 +64,6 @@ private:
         MenuItem item;
     };
 
-    const Row* find(int id) const;
     void opened();
     void closed();
     void chosen(int id);
