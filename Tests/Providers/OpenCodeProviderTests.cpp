@@ -1,6 +1,7 @@
 #include "Providers/OpenCodeProvider.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/ScopedClock.h"
@@ -33,22 +34,13 @@ private:
     FILE* process;
 };
 
-/// What a read may not change. As root, SQLite gives the companions the database's owner, which
-/// sets their ctime even if they have it already.
-nlohmann::json state() {
-    auto all = TemporaryHome::tree();
-    for (auto& file : all)
-        if (geteuid() == 0) file["ctime"] = 0;
-    return all;
-}
-
 /// The sum, which must be the same for a user who owns none of the files.
 std::string sumOf(const std::string& path) {
     std::string sums[2];
     for (auto& text : sums) {
-        const auto before = state();
+        const auto before = TemporaryHome::tree();
         const auto sum = OpenCodeProvider::tokensInLastFiveHours(path);
-        EXPECT_EQ(state(), before);
+        EXPECT_EQ(TemporaryHome::tree(), before);
         text = sum ? std::to_string(*sum) : "absent";
         EXPECT_EQ(seteuid(getuid() == 0 && geteuid() == 0 ? 65534 : getuid()), 0);
     }
@@ -78,19 +70,49 @@ TEST(OpenCodeTokens, AnUnusableDatabaseIsAbsentAndNeverWaitedFor) {
             "touch empty; mkfifo fifo"),
         0);
     alarm(5);
-    for (const char* name : {"locked", "other", "cut", "empty", ".", "none", "fifo"})
+    EXPECT_EQ(sumOf(home.at("locked")), "0") << "nothing is committed";
+    for (const char* name : {"other", "cut", "empty", ".", "none", "fifo"})
         EXPECT_EQ(sumOf(home.at(name)), "absent") << name;
     alarm(0);
 }
 
-TEST(OpenCodeTokens, AViewWithoutAnEndIsGivenUp) {
+TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
+    const std::string columns = " SELECT 9e15 AS time_created, '{\"tokens\": {\"input\": 1}}' ";
+    const std::string rows = "INSERT INTO message(time_created, text) SELECT 9e15, ";
+    const std::string computed[] = {
+        "CREATE VIEW message AS" + columns + "AS data",
+        "CREATE VIEW message AS" + columns + "|| hex(zeroblob(450000000)) AS data",
+        "CREATE VIEW message AS WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c)" +
+            columns + "AS data FROM c",
+        "CREATE TABLE message (time_created INTEGER, text TEXT,"
+        " DATA TEXT AS (ltrim(text, hex(zeroblob(2000000)))));" +
+            rows + "hex(zeroblob(2000000))",
+        "CREATE TABLE message (time_created INTEGER, data TEXT AS (text), text TEXT);" + rows + "1",
+        "CREATE VIRTUAL TABLE message USING fts5(time_created, data)",
+        // More JSON values than fit.
+        "CREATE TABLE message (time_created INTEGER, data TEXT);"
+        "INSERT INTO message SELECT 9e15, '[1' || replace(hex(zeroblob(4000000)), '0', ',1') || "
+        "']'"};
+    for (const auto& sql : computed) {
+        TemporaryHome home;
+        const Tool tool(home.at("db"), sql);
+        rusage before{}, after{};
+        getrusage(RUSAGE_SELF, &before);
+        alarm(4);
+        EXPECT_EQ(OpenCodeProvider::tokensInLastFiveHours(home.at("db")), std::nullopt) << sql;
+        alarm(0);
+        getrusage(RUSAGE_SELF, &after);
+        EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 64 << 10) << sql;  // KiB
+    }
+}
+
+TEST(OpenCodeTokens, ALinkIsFollowedToTheWriteAheadLog) {
+    ScopedClock clock(1'750'000'000);
     TemporaryHome home;
-    const Tool tool(
-        home.at("endless"),
-        "CREATE VIEW message AS WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c)"
-        "SELECT 9e15 AS time_created, '{\"tokens\": {\"input\": 0}}' AS data FROM c");
-    alarm(60);
-    EXPECT_EQ(OpenCodeProvider::tokensInLastFiveHours(home.at("endless")), std::nullopt);
+    const Tool tool(home.at("db"), textOf(FIXTURES "/opencode-log.sql"));
+    EXPECT_EQ(home.shell("ln -s db link; ln -s . here"), 0);
+    for (const char* name : {"link", "here/db", "here/link"})
+        EXPECT_EQ(sumOf(home.at(name)), "8") << name;
 }
 
 TEST(OpenCodeTokens, AWriteAheadLogIsReadAndNoFileIsTouched) {
