@@ -41,6 +41,7 @@ AppDelegate::~AppDelegate() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
+    UserDefaults::removeUnfinished();
     settings = DisplaySettings::load(hasPhysicalTouchBar());
     setUpPanel();
     setUpFloatingWindow();

@@ -7,8 +7,8 @@
 /// Reads of regular files that never block: a FIFO, a socket, a device or a directory is absent.
 namespace RegularFile {
 
-/// No assistant's settings or credentials are larger. Parsed JSON can take fifty times its size.
-inline constexpr std::size_t maxFileBytes = 1 << 20;
+/// No assistant's settings or credentials are larger.
+inline constexpr std::size_t maxFileBytes = 64 << 20;
 
 /// The whole file; absent if it is missing, unreadable, not a regular file or larger than
 /// `maxFileBytes`.

@@ -13,8 +13,14 @@ using nlohmann::json;
 
 namespace {
 
-std::string filePath() {
-    return HomeDirectory::expanding("~/.config/quillet/defaults.json");
+/// Behind links, with which users keep their settings elsewhere.
+fs::path filePath() {
+    fs::path path = HomeDirectory::expanding("~/.config/quillet/defaults.json");
+    std::error_code error;
+    const auto type = fs::status(path, error).type();
+    if (type == fs::file_type::regular) return fs::canonical(path, error);
+    const bool isOpen = type == fs::file_type::not_found && fs::is_symlink(path, error);
+    return isOpen ? path.parent_path() / fs::read_symlink(path, error) : path;
 }
 
 constexpr int maxDepth = 100;  // writing a value recurses as deep as it is nested
@@ -31,7 +37,7 @@ json parseObject(std::string_view text) {
 
 /// The file's object, empty without a file, discarded when the file holds anything else.
 json read() {
-    const std::string path = filePath();
+    const fs::path path = filePath();
     std::error_code ignored;
     if (!fs::exists(path, ignored)) return json::object();
     return parseObject(RegularFile::contents(path).value_or(""));
@@ -83,6 +89,10 @@ void UserDefaults::setTextArray(const std::string& key, const std::vector<std::s
 std::optional<std::string> UserDefaults::text(const std::string& key) {
     const json stored = value(key);
     return stored.is_string() ? std::optional(stored.get<std::string>()) : std::nullopt;
+}
+
+void UserDefaults::removeUnfinished() {
+    WholeFile::removeUnfinished(filePath());
 }
 
 void UserDefaults::setText(const std::string& key, const std::string& text) {

@@ -6,8 +6,10 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <filesystem>
 #include <optional>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -21,29 +23,62 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-/// The replaced file's permissions, or 0644 for a new file. Absent if the path is something else,
-/// such as a device.
-std::optional<mode_t> permissions(const std::string& path) {
+/// Whether the path may be replaced: it is a regular file or nothing, or a link to either. A link
+/// into /proc, such as /dev/stdout, means an open file of some program instead.
+bool isReplaceable(const std::string& path) {
+    std::error_code error;
+    const bool isDescriptor = fs::read_symlink(path, error).native().starts_with("/proc/");
+    const auto type = fs::status(path, error).type();
+    return !isDescriptor && (type == fs::file_type::regular || type == fs::file_type::not_found);
+}
+
+/// The permissions of the user's own file at the path, which the new one keeps.
+std::optional<mode_t> ownPermissions(const std::string& path) {
     struct stat status {};
-    if (lstat(path.c_str(), &status) != 0) return 0644;
-    if (S_ISREG(status.st_mode)) return status.st_mode & 0777;
-    return S_ISLNK(status.st_mode) ? std::optional<mode_t>(0644) : std::nullopt;
+    const bool isOwn =
+        lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
+    return isOwn ? std::optional(status.st_mode & 0777) : std::nullopt;
+}
+
+/// In the same directory, as renaming is atomic only within a file system, and always the same, so
+/// that the next write replaces what a killed program left. Names have at most 255 bytes.
+std::string temporaryPath(const std::string& path) {
+    const std::size_t name = path.rfind('/') + 1;
+    return path.substr(0, name) + "." + path.substr(name, 240) + ".new";
+}
+
+/// Gives a file without a name one.
+bool link(int file, const std::string& path) {
+    const std::string open = "/proc/self/fd/" + std::to_string(file);
+    unlink(path.c_str());
+    return linkat(AT_FDCWD, open.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0;
 }
 
 }  // namespace
 
 bool WholeFile::write(const std::string& path, std::string_view bytes, Flush flush) {
-    const auto mode = permissions(path);
-    if (!mode) return false;
-    // In the same directory, as renaming is atomic only within a file system. The file's own name
-    // may have the maximum length already, so the temporary name doesn't contain it.
-    std::string temporary = path.substr(0, path.rfind('/') + 1) + ".quillet-XXXXXX";
-    const int file = mkostemp(temporary.data(), O_CLOEXEC);
+    if (!isReplaceable(path)) return false;
+    const auto mode = ownPermissions(path);
+    const std::string temporary = temporaryPath(path),
+                      directory = path.substr(0, path.rfind('/') + 1);
+    constexpr int flags = O_WRONLY | O_CLOEXEC;
+    constexpr mode_t permissions = 0666;  // less the umask
+    int file = open(directory.empty() ? "." : directory.c_str(), O_TMPFILE | flags, permissions);
+    const bool isNamed = file < 0;  // not every file system has files without names
+    if (isNamed) {
+        unlink(temporary.c_str());
+        file = open(temporary.c_str(), O_CREAT | O_EXCL | flags, permissions);
+    }
     if (file < 0) return false;
-    const bool written = writeAll(file, bytes) && fchmod(file, *mode) == 0 &&
-                         (flush == Flush::no || fsync(file) == 0);
+    const bool written = writeAll(file, bytes) && (!mode || fchmod(file, *mode) == 0) &&
+                         (flush == Flush::no || fsync(file) == 0) &&
+                         (isNamed || link(file, temporary));
     const bool replaced =
         close(file) == 0 && written && rename(temporary.c_str(), path.c_str()) == 0;
     if (!replaced) unlink(temporary.c_str());
     return replaced;
+}
+
+void WholeFile::removeUnfinished(const std::string& path) {
+    unlink(temporaryPath(path).c_str());
 }

@@ -18,7 +18,7 @@ using Monotonic = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr milliseconds grace(2000);                // beyond the caller's timeout
-constexpr std::size_t maxBodyBytes = 1 << 20;      // of the last response
+constexpr std::size_t maxBodyBytes = 64 << 20;     // of the last response
 constexpr std::size_t maxHeaderBytes = 256 << 10;  // of all responses of a call, trailers included
 
 std::mutex lock;

@@ -1,8 +1,21 @@
 #include "Support/JSON.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
+
+namespace {
+
+constexpr int maxValues = 300'000;  // no log's tail has room for more
+
+/// A parsed value can take a hundred times its text.
+bool hasTooManyValues(std::string_view text) {
+    return std::ranges::count_if(text, [](char c) { return c == ',' || c == '[' || c == '{'; }) >
+           maxValues;
+}
+
+}  // namespace
 
 struct JSONObject::Document {
     json root;
@@ -14,7 +27,7 @@ JSONObject::JSONObject(std::shared_ptr<Document> owner, const json& object)
 
 std::optional<JSONObject> JSONObject::parse(std::string_view text) {
     // nlohmann takes a null character for the end.
-    if (text.find('\0') != std::string_view::npos) return std::nullopt;
+    if (text.find('\0') != std::string_view::npos || hasTooManyValues(text)) return std::nullopt;
     const auto document = std::make_shared<Document>();
     document->root = json::parse(text, nullptr, /*allow_exceptions=*/false);
     if (!document->root.is_object()) return std::nullopt;

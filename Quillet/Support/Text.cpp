@@ -1,8 +1,10 @@
 #include "Support/Text.h"
 
-#include <utf8.h>
+#include <unictype.h>
+#include <unistr.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace {
 
@@ -16,8 +18,8 @@ char upper(char c) {
 bool isSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
-bool isControl(char32_t c) {
-    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == U'\u2028' || c == U'\u2029';
+bool isAny(ucs4_t c, std::uint32_t categories) {
+    return uc_is_general_category_withtable(c, categories);
 }
 
 }  // namespace
@@ -61,8 +63,20 @@ std::string Text::replacing(std::string text, std::string_view from, std::string
     return text;
 }
 
-std::string Text::withoutControls(const std::string& text) {
-    std::u32string characters = utf8::utf8to32(utf8::replace_invalid(text));
-    std::ranges::replace_if(characters, isControl, U' ');
-    return utf8::utf32to8(characters);
+std::string Text::withoutControls(std::string_view text) {
+    constexpr auto dividing = UC_CATEGORY_MASK_Cc | UC_CATEGORY_MASK_Zl | UC_CATEGORY_MASK_Zp;
+    std::string result;
+    while (!text.empty()) {
+        ucs4_t c = 0;  // U+FFFD for what is not UTF-8
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+        const auto length = static_cast<std::size_t>(u8_mbtouc(&c, bytes, text.size()));
+        const bool isInvalid = c == 0xFFFD;
+        if (isAny(c, dividing)) {
+            result += ' ';
+        } else if (!isAny(c, UC_CATEGORY_MASK_Cf)) {
+            result += isInvalid ? "\uFFFD" : text.substr(0, length);
+        }
+        text.remove_prefix(length);
+    }
+    return result;
 }

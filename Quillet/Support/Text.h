@@ -32,8 +32,9 @@ std::string_view trimmed(std::string_view text, std::string_view characters);
 /// `text` with every `from` replaced by `to`.
 std::string replacing(std::string text, std::string_view from, std::string_view to);
 
-/// `text` with a space for each control character and line or paragraph separator, so that it stays
-/// on one line and can't move a terminal's cursor. What is not UTF-8 becomes U+FFFD.
-std::string withoutControls(const std::string& text);
+/// `text` with a space for each control character and line or paragraph separator, and without
+/// format characters such as the bidirectional ones. So it stays on one line, moves no terminal's
+/// cursor and changes no order. What is not UTF-8 becomes U+FFFD.
+std::string withoutControls(std::string_view text);
 
 }  // namespace Text

@@ -29,25 +29,38 @@ TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
         SCOPED_TRACE(row[0].dump().substr(0, 99));
         const TemporaryHome home;
         std::string text = row[0];
-        if (text == "large") text.assign(2 << 20, ' ');
+        if (text == "large") text = "{}" + std::string(64 << 20, ' ');
         if (text == "deep")
             text = "{\"a\":" + std::string(200'000, '[') + std::string(200'000, ']') + "}";
-        const auto target = TemporaryHome::write("elsewhere.json", text),
+        const auto target = TemporaryHome::write("dotfiles/quillet.json", text),
                    path = TemporaryHome::write(file, "");
         fs::remove(path);
-        fs::create_symlink(target, path);  // read through, but replaced
+        fs::create_symlink("../../dotfiles/quillet.json", path);
         const auto array = UserDefaults::textArray("a");
         EXPECT_EQ(array ? json(*array) : json(), row[1]);
         EXPECT_EQ(orNull(UserDefaults::text("a")), row[2]);
         UserDefaults::setText("b", "x");
-        EXPECT_EQ(textOf(target), text) << "changed through the link";
-        EXPECT_FALSE(fs::is_symlink(path));
-        EXPECT_EQ(json::parse(textOf(path), nullptr, false), row[3]);
-        EXPECT_EQ(filesIn(".config/quillet"), row[4] ? 2 : 1);
+        EXPECT_TRUE(fs::is_symlink(path));
+        EXPECT_EQ(json::parse(textOf(target), nullptr, false), row[3]);
+        EXPECT_EQ(filesIn("dotfiles"), row[4] ? 2 : 1);
     }
     const TemporaryHome home;
     UserDefaults::setTextArray("a", {"é", "\xFF"});
     EXPECT_EQ(UserDefaults::textArray("a"), (std::vector<std::string>{"é", "\uFFFD"}));
+}
+
+TEST(UserDefaults, ALinkToNothingYetIsFilledAndADeviceBehindOneIsLeftAlone) {
+    const TemporaryHome home;
+    const auto path = TemporaryHome::write(file, "");
+    fs::create_directory(TemporaryHome::at("dotfiles"));
+    for (const char* target : {"../../dotfiles/quillet.json", "/dev/null"}) {
+        fs::remove(path);
+        fs::create_symlink(target, path);
+        UserDefaults::setText("b", "x");
+    }
+    EXPECT_EQ(json::parse(textOf(TemporaryHome::at("dotfiles/quillet.json"))), (json{{"b", "x"}}));
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_EQ(UserDefaults::text("b"), "x");
 }
 
 TEST(UserDefaults, EveryUnreadableFileIsSetAsideUnderANameOfItsOwn) {
@@ -101,4 +114,6 @@ TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
         saved += found == values[1];
     }
     EXPECT_GT(saved, 0) << "no process came to save anything";
+    UserDefaults::removeUnfinished();
+    EXPECT_EQ(filesIn(".config/quillet"), 1);
 }

@@ -1,5 +1,6 @@
 #include "Platform/WholeFile.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -30,13 +31,45 @@ TEST(WholeFile, AFailedWriteLeavesWhatWasThere) {
     EXPECT_EQ(std::distance(fs::directory_iterator(TemporaryHome::path()), {}), 1);
 }
 
-TEST(WholeFile, ReplacesFilesAloneAndKeepsTheirPermissions) {
+TEST(WholeFile, ReplacesFilesAndLinksToFilesAlone) {
     const TemporaryHome home;
-    const auto path = TemporaryHome::write("file", "old"), fifo = TemporaryHome::at("fifo");
-    fs::permissions(path, fs::perms(0600));
-    EXPECT_TRUE(WholeFile::write(path, "new", WholeFile::Flush::no));
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600));
-    ASSERT_EQ(TemporaryHome::shell("mkfifo fifo"), 0);
-    EXPECT_FALSE(WholeFile::write(fifo, "new", WholeFile::Flush::no));
-    EXPECT_TRUE(fs::is_fifo(fifo));
+    TemporaryHome::write("kept", "kept");
+    ASSERT_EQ(TemporaryHome::shell("mkfifo fifo; ln -s fifo to-fifo; ln -s . to-directory;"
+                                   "ln -s /dev/null to-device"),
+              0);
+    const int open = ::open(TemporaryHome::at("kept").c_str(), O_RDONLY);
+    fs::create_symlink("/proc/self/fd/" + std::to_string(open), TemporaryHome::at("to-open"));
+    const auto before = TemporaryHome::tree();
+    for (const char* name : {"fifo", "to-fifo", "to-directory", "to-device", "to-open"})
+        EXPECT_FALSE(WholeFile::write(TemporaryHome::at(name), "new", WholeFile::Flush::no))
+            << name;
+    EXPECT_EQ(TemporaryHome::tree(), before);
+    for (const char* target : {"kept", "nothing"}) {
+        const auto link = TemporaryHome::at("link");
+        fs::create_symlink(target, link);
+        EXPECT_TRUE(WholeFile::write(link, "new", WholeFile::Flush::no));
+        EXPECT_FALSE(fs::is_symlink(link));
+        EXPECT_EQ(textOf(link), "new");
+        fs::remove(link);
+    }
+    EXPECT_EQ(textOf(TemporaryHome::at("kept")), "kept");
+    EXPECT_FALSE(fs::exists(TemporaryHome::at("nothing")));
+}
+
+TEST(WholeFile, OnlyAFileOfOnesOwnHandsOnItsPermissions) {
+    const TemporaryHome home;
+    const auto path = TemporaryHome::write("file", "old");
+    const auto permissionsAfterWrite = [&path] {
+        EXPECT_TRUE(WholeFile::write(path, "new", WholeFile::Flush::no));
+        return fs::status(path).permissions();
+    };
+    const mode_t usual = umask(027);
+    fs::permissions(path, fs::perms(0606));
+    EXPECT_EQ(permissionsAfterWrite(), fs::perms(0606));
+    if (chown(path.c_str(), 65534, 65534) == 0) {
+        EXPECT_EQ(permissionsAfterWrite(), fs::perms(0640));
+    }
+    fs::remove(path);
+    EXPECT_EQ(permissionsAfterWrite(), fs::perms(0640));
+    umask(usual);
 }

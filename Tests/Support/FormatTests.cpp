@@ -23,6 +23,10 @@ TEST(JSON, OnlyAWholeObjectParsesAndAMemberOfAnotherTypeIsNoted) {
     for (std::size_t length = 0; length < good.size(); ++length)
         EXPECT_FALSE(JSONObject::parse(good.substr(0, length))) << length;
     EXPECT_FALSE(JSONObject::parse("[]") || JSONObject::parse(good + '\0'));
+    std::string many = "{\"many\":[[]";
+    while (many.size() < 1 << 20)
+        many += ",[]";
+    EXPECT_FALSE(JSONObject::parse(many + "]}"));
     const auto object = JSONObject::parse(good);
     EXPECT_EQ(object->number("n"), 0x1p64);
     EXPECT_FALSE(object->text("nul") || object->number("none") || object->hasMismatch());
