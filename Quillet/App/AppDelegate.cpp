@@ -1,10 +1,13 @@
 #include "App/AppDelegate.h"
 
 #include <malloc.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <limits>
+#include <system_error>
 
 #include "Platform/HardwareModel.h"
 #include "Platform/UserDefaults.h"
@@ -22,22 +25,19 @@ constexpr const char* touchBarModels[] = {
     "MacBookPro16,3", "MacBookPro16,4", "MacBookPro17,1",
 };
 
-constexpr int maxPasses = 8;          // at a time; one that hangs must not hold up the next
-constexpr int shutdownTimeout = 500;  // milliseconds
+constexpr int maxPasses = 8;     // at a time; one that hangs must not hold up the next
+constexpr int passPriority = 10;  // "nice"
+constexpr std::chrono::milliseconds shutdownTimeout(500);
 
 }  // namespace
-
-AppDelegate::AppDelegate() {
-    queue.setThreadPriority(QThread::LowPriority);
-    queue.setMaxThreadCount(maxPasses);
-    queue.setExpiryTimeout(0);  // an idle thread would wake up only to end
-}
 
 AppDelegate::~AppDelegate() {
     isEnding = true;
     HTTP::shutDown();
+    const auto deadline = std::chrono::steady_clock::now() + shutdownTimeout;
     // A file system may hang for ever. Everything that is kept has been saved already.
-    if (!queue.waitForDone(shutdownTimeout)) std::_Exit(0);
+    for (const auto& pass : passes)
+        if (pass.wait_until(deadline) != std::future_status::ready) std::_Exit(0);
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -56,18 +56,34 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::refresh() {
-    queue.tryStart([this, providers = enabledProviders()] {
-        Snapshots results;
-        for (const Provider provider : providers) {
-            if (isEnding) return;
-            results.insert_or_assign(provider, Collectors::collect(provider));
-        }
-        malloc_trim(0);  // the allocator would keep the room of large logs and replies
-        auto deliver = [this, results = std::move(results)]() mutable {
-            apply(std::move(results));
-        };
-        QMetaObject::invokeMethod(this, std::move(deliver), Qt::QueuedConnection);
+    isRefreshDue = running == maxPasses;
+    if (isRefreshDue) return;
+    std::erase_if(passes, [](const auto& pass) {
+        return pass.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     });
+    try {
+        passes.push_back(std::async(std::launch::async, &AppDelegate::collect, this, enabledProviders()));
+        ++running;
+    } catch (const std::system_error&) {
+        // There is no thread to be had. The timer tries again.
+    }
+}
+
+/// A pass, on a thread of its own.
+void AppDelegate::collect(const std::vector<Provider>& providers) {
+    setpriority(PRIO_PROCESS, 0, passPriority);  // of this thread alone, on Linux
+    Snapshots results;
+    for (const Provider provider : providers) {
+        if (isEnding) return;
+        results.insert_or_assign(provider, Collectors::collect(provider));
+    }
+    malloc_trim(0);  // the allocator would keep the room of large logs and replies
+    auto deliver = [this, results = std::move(results)]() mutable {
+        --running;
+        apply(std::move(results));
+        if (isRefreshDue) refresh();
+    };
+    QMetaObject::invokeMethod(this, std::move(deliver), Qt::QueuedConnection);
 }
 
 void AppDelegate::apply(Snapshots results) {

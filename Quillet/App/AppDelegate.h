@@ -1,9 +1,9 @@
 #pragma once
 
 #include <QObject>
-#include <QThreadPool>
 #include <QTimer>
 #include <atomic>
+#include <future>
 #include <map>
 #include <memory>
 #include <optional>
@@ -33,13 +33,13 @@ public:
     static constexpr const char* stripIdentifier = "com.zendrik.quillet.strip";
     static constexpr const char* visibleProvidersKey = "visibleProviders";  ///< User default.
 
-    AppDelegate();
     ~AppDelegate() override;  ///< Ends the process if a collection still runs after 0.5 seconds.
 
     void applicationDidFinishLaunching();
 
     /// Starts a collection of the shown providers and returns at once. Passes may overlap; the one
-    /// that ends last is shown. Does nothing while the maximum of passes is running.
+    /// that ends last is shown. While the maximum of passes is running, the next one starts when
+    /// one of them ends. Does nothing where the system has no thread for it.
     void refresh();
 
     static std::vector<Provider> enabledProviders();  ///< The shown ones, in the fixed order.
@@ -62,6 +62,7 @@ private:
     friend class AppDelegateProbe;
 
     // Refresh
+    void collect(const std::vector<Provider>& providers);
     void apply(Snapshots results);
     std::optional<UsageSnapshot> snapshot(Provider provider) const;
     std::vector<StripView::Entry> stripEntries() const;
@@ -110,6 +111,8 @@ private:
     bool presentedInitialModal = false;
     DisplaySettings settings{{DisplaySurface::menuBar}};
     QTimer timer;
-    QThreadPool queue;
+    std::vector<std::future<void>> passes;  // the running ones, and some that have ended
+    int running = 0;
+    bool isRefreshDue = false;  // when a pass ends
     std::atomic<bool> isEnding = false;
 };

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -35,8 +36,13 @@ public:
     }
 
     void awaitCollection() {
-        delegate.queue.waitForDone();
-        QApplication::processEvents();
+        while (delegate.running > 0)
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
+    void awaitSnapshot(Provider provider) {
+        while (!delegate.snapshots.contains(provider))
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 
     /// Without a tray the item comes some seconds after the start.
@@ -74,6 +80,7 @@ public:
         delegate.floatingWindow.setOrigin(origin);
         delegate.floatingWindow.onMoved();
     }
+    int running() const { return delegate.running; }
     std::size_t known() const { return delegate.snapshots.size(); }
     std::optional<double> percent(Provider provider) const {
         return delegate.snapshots.at(provider).dailyPercent;
@@ -89,6 +96,24 @@ public:
     }
 
     AppDelegate delegate;
+};
+
+/// Claude's endpoint accepts each connection and says nothing, and there is a token for it.
+class SilentServer {
+public:
+    explicit SilentServer(const TemporaryHome& home) {
+        home.write(".claude/.credentials.json", R"({"claudeAiOauth":{"accessToken":"t"}})");
+        sockaddr_in address{};
+        socklen_t size = sizeof address;
+        EXPECT_EQ(listen(listening, 99), 0);
+        getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size);
+        HTTP::restart({{}, {"::127.0.0.1:" + std::to_string(ntohs(address.sin_port))}});
+    }
+    ~SilentServer() { close(listening); }
+    void dropOne() const { close(accept(listening, nullptr, nullptr)); }
+
+private:
+    const int listening = socket(AF_INET, SOCK_STREAM, 0);
 };
 
 class Application : public testing::Test {
@@ -352,15 +377,49 @@ TEST_F(Application, AThousandRefreshesLeaveNothingBehind) {
     EXPECT_EQ(count(), before);
 }
 
+TEST_F(Application, APassTooManyIsRememberedWithTheListAsItIsThen) {
+    home.write(".config/quillet/defaults.json", R"({"visibleProviders":["Claude"]})");
+    const SilentServer server(home);
+    AppDelegateProbe probe;
+    for (int i = 0; i < 12; ++i)
+        probe.delegate.refresh();
+    EXPECT_EQ(probe.running(), 8);
+    QThread::msleep(100);
+    int nice = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
+        nice += getpriority(PRIO_PROCESS, std::stoi(task.path().filename())) == 10;
+    EXPECT_EQ(nice, 8);
+    probe.delegate.setProviderVisible(Provider::gemini, true);
+    probe.delegate.setProviderVisible(Provider::claude, false);
+    server.dropOne();
+    probe.awaitSnapshot(Provider::gemini);
+    EXPECT_EQ(probe.running(), 7);
+}
+
+TEST_F(Application, WithoutAThreadTheNextTickTriesAgain) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto launch = [] {
+        AppDelegateProbe probe;
+        probe.awaitCollection();
+        probe.apply({"Claude"}, 50);
+        rlimit limit{};
+        getrlimit(RLIMIT_NPROC, &limit);
+        const rlimit none{1, limit.rlim_max};
+        setrlimit(RLIMIT_NPROC, &none);
+        [[maybe_unused]] const int left = setresuid(65534, 65534, 65534);  // root has no limit
+        for (int i = 0; i < 12; ++i)
+            probe.delegate.refresh();
+        const bool isNoneRunning = probe.running() == 0 && probe.known() == 1;
+        setrlimit(RLIMIT_NPROC, &limit);
+        probe.delegate.refresh();
+        probe.awaitCollection();
+        std::_Exit(isNoneRunning && probe.known() == 4 ? 7 : EXIT_FAILURE);
+    };
+    EXPECT_EXIT(launch(), testing::ExitedWithCode(7), "");
+}
+
 TEST_F(Application, QuittingWaitsForNoServer) {
-    home.write(".claude/.credentials.json", R"({"claudeAiOauth":{"accessToken":"t"}})");
-    const int listening = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    ASSERT_EQ(listen(listening, 8), 0);  // accepts, and says nothing
-    getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size);
-    HTTP::restart(
-        {{}, {"api.anthropic.com:443:127.0.0.1:" + std::to_string(ntohs(address.sin_port))}});
+    const SilentServer server(home);
     // In a process of its own, since the end gives up waiting by ending that.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     constexpr int inTime = 7;
@@ -374,5 +433,4 @@ TEST_F(Application, QuittingWaitsForNoServer) {
         std::_Exit(timer.elapsed() < 400 ? inTime : EXIT_FAILURE);
     };
     EXPECT_EXIT(quit(), testing::ExitedWithCode(inTime), "");
-    close(listening);
 }
