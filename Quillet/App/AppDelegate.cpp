@@ -25,7 +25,7 @@ constexpr const char* touchBarModels[] = {
     "MacBookPro16,3", "MacBookPro16,4", "MacBookPro17,1",
 };
 
-constexpr int maxPasses = 8;     // at a time; one that hangs must not hold up the next
+constexpr int maxPasses = 8;      // at a time; one that hangs must not hold up the next
 constexpr int passPriority = 10;  // "nice"
 constexpr std::chrono::milliseconds shutdownTimeout(500);
 
@@ -62,7 +62,8 @@ void AppDelegate::refresh() {
         return pass.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     });
     try {
-        passes.push_back(std::async(std::launch::async, &AppDelegate::collect, this, enabledProviders()));
+        passes.push_back(
+            std::async(std::launch::async, &AppDelegate::collect, this, enabledProviders()));
         ++running;
     } catch (const std::system_error&) {
         // There is no thread to be had. The timer tries again.
