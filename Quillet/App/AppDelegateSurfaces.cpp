@@ -82,8 +82,9 @@ void AppDelegate::setSurface(DisplaySurface surface, bool on) {
 }
 
 void AppDelegate::setUpStatusItem() {
-    statusItem =
-        std::make_unique<StatusItem>([this](const ItemPlace& item) { statusItemTapped(item); });
+    const bool isLaunching = !timer.isActive();
+    statusItem = std::make_unique<StatusItem>(
+        [this](const ItemPlace& item) { statusItemTapped(item); }, isLaunching);
     statusItem->onPlaceChange = [this] { positionFloatingWindow(); };
 }
 
@@ -111,7 +112,7 @@ std::string AppDelegate::toolTip() const {
 void AppDelegate::togglePopover(const ItemPlace& item) {
     if (popover.isShown()) {
         popover.close();
-    } else if (!popover.justClosed()) {
+    } else if (!item.mayHaveClosed || !popover.justClosed()) {
         popover.show(item.geometry, item.reported);
     }
 }
@@ -136,10 +137,12 @@ void AppDelegate::sizeFloatingWindow() {
 }
 
 /// Where the user left it, if that is on a screen; else at the top right, under a status item
-/// there.
+/// there. A bar that stands partly beyond an edge stays there.
 void AppDelegate::positionFloatingWindow() {
     const Point remembered = PointText::parse(UserDefaults::text(originKey).value_or(""));
     const bool isRemembered = remembered.x != 0 || remembered.y != 0;
+    const bool isThere = floatingWindow.origin() == remembered;
+    if (isRemembered && isThere && Screens::meet(floatingWindow.frame())) return;
     if (isRemembered && Screens::contain(remembered)) return floatingWindow.setOrigin(remembered);
 
     const Rect visible = Screens::fromQt(Screens::availableOnPrimary());

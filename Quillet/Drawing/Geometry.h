@@ -5,6 +5,7 @@
 struct Point {
     double x = 0;
     double y = 0;
+    bool operator==(const Point&) const = default;
 };
 
 struct Size {

@@ -63,9 +63,16 @@ void CornerItem::resizeEvent(QResizeEvent*) {
     WindowSystem::cutCorners(this, look.cornerRadius);
 }
 
+/// The press that closes an open popover doesn't come here.
+void CornerItem::mousePressEvent(QMouseEvent* event) {
+    isPressed = event->button() == Qt::LeftButton;
+}
+
 void CornerItem::mouseReleaseEvent(QMouseEvent* event) {
-    if (!rect().contains(event->position().toPoint())) return;
-    if (event->button() == Qt::LeftButton) onActivate({geometry(), {}});
-    if (event->button() == Qt::RightButton)
-        menu.show(content.menu, mapToGlobal(rect().bottomLeft()));
+    const bool isClick = rect().contains(event->position().toPoint());
+    if (std::exchange(isPressed, false) && isClick) onActivate({geometry(), {}, false});
+}
+
+void CornerItem::contextMenuEvent(QContextMenuEvent*) {
+    menu.show(content.menu, mapToGlobal(rect().bottomLeft()));
 }

@@ -17,11 +17,14 @@ public:
 private:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
     void place();
 
     const Activate onActivate;
     StatusContent content;
     QImage picture;
     ContextMenu menu;
+    bool isPressed = false;
 };

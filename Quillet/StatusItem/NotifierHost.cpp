@@ -7,11 +7,15 @@
 #include <QDBusVariant>
 #include <QFile>
 #include <algorithm>
+#include <limits>
 
 namespace {
 
-constexpr int noHost = -1;           // in place of a process
-constexpr int answerTimeout = 5000;  // milliseconds
+constexpr int noHost = -1;  // in place of a process
+
+// A watcher may be slow. After an error in its place Qt would be asked for a tray, which waits for
+// the same watcher.
+constexpr int noTimeout = std::numeric_limits<int>::max();
 
 const struct {
     const char* process;  // how its name begins; the kernel keeps 15 characters
@@ -56,7 +60,7 @@ NotifierHost::~NotifierHost() = default;
 
 void NotifierHost::ask(QDBusMessage message, Step then) {
     message.setAutoStartService(false);
-    answer = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, answerTimeout));
+    answer = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, noTimeout));
     QObject::connect(answer.get(), &QDBusPendingCallWatcher::finished, &recheck, [this, then] {
         const QDBusMessage reply = answer->reply();
         answer.release()->deleteLater();

@@ -23,6 +23,7 @@ public:
     };
 
     /// `onChange` is called with the first answer, and whenever another host, or none, takes over.
+    /// A watcher that never answers is never reported.
     explicit NotifierHost(std::function<void(std::optional<Host>)> onChange);
     ~NotifierHost();
 

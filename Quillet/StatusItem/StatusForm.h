@@ -32,6 +32,7 @@ struct StatusContent {
 struct ItemPlace {
     std::optional<QRect> geometry;
     std::optional<QPoint> reported;  ///< By the host, which may count from elsewhere.
+    bool mayHaveClosed = true;       ///< The click may be the one that closed the popover.
 };
 
 /// One way to stand on the desktop, for as long as its host lives.

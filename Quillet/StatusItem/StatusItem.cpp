@@ -11,13 +11,15 @@
 namespace {
 
 constexpr int embeddingDelay = 500;  // milliseconds; panels that do both embed first
-constexpr int cornerDelay = 3000;    // milliseconds; a panel that restarts is back by then
+constexpr int restartDelay = 3000;   // milliseconds; a panel that restarts is back by then
 constexpr int hostTimeout = 5000;    // milliseconds for a host to answer and take the item
 
 }  // namespace
 
-StatusItem::StatusItem(StatusForm::Activate activate)
-    : onActivate(std::move(activate)), host([this](const auto& current) { follow(current); }) {
+StatusItem::StatusItem(StatusForm::Activate activate, bool mayTrayBeLate)
+    : onActivate(std::move(activate)),
+      cornerDelay(mayTrayBeLate ? restartDelay : 0),
+      host([this](const auto& current) { follow(current); }) {
     for (QTimer* timer : {&embedding, &corner})
         timer->setSingleShot(true);
     embedding.setInterval(embeddingDelay);
@@ -69,7 +71,7 @@ void StatusItem::lookForEmbedding() {
         form = make<TrayIcon>();
         embedding.start();  // the tray may have gone before its end was watched
     } else {
-        if (!standIn) corner.start(cornerDelay);
+        if (!standIn) corner.start(std::exchange(cornerDelay, restartDelay));
         if (!std::exchange(form, nullptr)) return;
     }
     placeChanged();

@@ -12,7 +12,8 @@
 /// screen's top right while no host takes it. Hosts may come late, restart and go.
 class StatusItem : private QAbstractNativeEventFilter {
 public:
-    explicit StatusItem(StatusForm::Activate onActivate);
+    /// `mayTrayBeLate`: whether to wait for a tray some seconds, as at the start of a session.
+    StatusItem(StatusForm::Activate onActivate, bool mayTrayBeLate);
     ~StatusItem() override;
 
     void setContent(StatusContent content);
@@ -37,6 +38,7 @@ private:
     std::unique_ptr<StatusForm> form;     ///< In the desktop's tray.
     std::unique_ptr<StatusForm> standIn;  ///< While no tray has taken the item.
     bool hasNotifierHost = true;          ///< Also until the first answer.
+    int cornerDelay;                      ///< Milliseconds without any tray.
     QTimer embedding;
     QTimer corner;
     NotifierHost host;

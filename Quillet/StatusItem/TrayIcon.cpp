@@ -18,10 +18,11 @@ TrayIcon::TrayIcon(Activate onActivate) {
     icon.setContextMenu(&menu);
 }
 
-/// Qt misses the end of a tray that went just before it was watched, so the selection is asked too.
+/// Qt misses the end of a tray that went just before it was watched, and may wait long for a
+/// watcher, so the selection is asked first.
 bool TrayIcon::hasHost() {
-    return WindowSystem::isX11() && QSystemTrayIcon::isSystemTrayAvailable() &&
-           X11::isOwned("_NET_SYSTEM_TRAY_S0");
+    return WindowSystem::isX11() && X11::isOwned("_NET_SYSTEM_TRAY_S0") &&
+           QSystemTrayIcon::isSystemTrayAvailable();
 }
 
 void TrayIcon::setContent(const StatusContent& content) {

@@ -1,6 +1,7 @@
 #include "Windowing/ClickCatcher.h"
 
-#include <QEvent>
+#include <QApplication>
+#include <QContextMenuEvent>
 
 #include "Windowing/Screens.h"
 #include "Windowing/WindowSystem.h"
@@ -53,4 +54,16 @@ bool ClickCatcher::eventFilter(QObject*, QEvent* event) {
 
 void ClickCatcher::mousePressEvent(QMouseEvent*) {
     popup->close();
+}
+
+void ClickCatcher::contextMenuEvent(QContextMenuEvent* event) {
+    passOn(*event);
+}
+
+void ClickCatcher::passOn(const QContextMenuEvent& event) {
+    QWidget* const window = QApplication::topLevelAt(event.globalPos());
+    if (!window) return;
+    QContextMenuEvent there(event.reason(), window->mapFromGlobal(event.globalPos()),
+                            event.globalPos());
+    QApplication::sendEvent(window, &there);
 }

@@ -1,6 +1,7 @@
 #include "Windowing/Popover.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 
 #include "Windowing/ClickCatcher.h"
@@ -151,6 +152,10 @@ bool Popover::eventFilter(QObject* watched, QEvent* event) {
 void Popover::keyPressEvent(QKeyEvent* event) {
     if (event->key() != Qt::Key_Escape) return QWidget::keyPressEvent(event);
     close();
+}
+
+void Popover::contextMenuEvent(QContextMenuEvent* event) {
+    if (!isVisible()) ClickCatcher::passOn(*event);
 }
 
 void Popover::hideEvent(QHideEvent*) {

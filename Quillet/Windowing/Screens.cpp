@@ -95,6 +95,12 @@ bool Screens::contain(Point point) {
     });
 }
 
+bool Screens::meet(const QRect& frame) {
+    return std::ranges::any_of(QGuiApplication::screens(), [&frame](const QScreen* screen) {
+        return screen->geometry().intersects(frame);
+    });
+}
+
 QRect Screens::without(const Strut& panel, QRect screen, QSize desktop) {
     const auto meets = [](int from, int to, int low, int high) {
         return from <= high && to >= low;

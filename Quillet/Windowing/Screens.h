@@ -17,7 +17,8 @@ QRect toQt(Rect rect);
 /// A point in the screens' own pixels, in which tray hosts count, in Qt's coordinates.
 QPoint fromNative(QPoint point);
 
-bool contain(Point point);  ///< Whether it is on one of them.
+bool contain(Point point);      ///< Whether it is on one of them.
+bool meet(const QRect& frame);  ///< Whether a part of it is.
 
 /// What a panel keeps for itself: widths from the edges of all screens together, and the range on
 /// each edge, in the order of _NET_WM_STRUT_PARTIAL.

@@ -214,6 +214,11 @@ TEST_F(Application, TheBarStandsWhereItWasLeft) {
         probe.dragBar({-20, 300});
         probe.apply({"Claude"}, 1);
         EXPECT_EQ(probe.barOrigin(), "{-20, 300}") << "no refresh moves it";
+        const QSize before = probe.barSize();
+        probe.choose("  Codex");
+        probe.apply({"Claude", "Codex"}, 2);
+        EXPECT_NE(probe.barSize(), before);
+        EXPECT_EQ(probe.barOrigin(), "{-20, 300}") << "and no other width";
         EXPECT_EQ(UserDefaults::text("floatingBarOrigin"), "{-20, 300}");
     }
 }

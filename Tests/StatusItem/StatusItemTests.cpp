@@ -43,6 +43,7 @@ struct Host : QDBusVirtualObject {
     bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
         const bool registers = message.member() == "RegisterStatusNotifierItem";
         if (registers) item = message.arguments()[0].toString();
+        if (!answers) return true;
         if (registers && !takesItems) return false;
         return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
     }
@@ -123,6 +124,7 @@ struct Host : QDBusVirtualObject {
     QDBusConnection bus =
         QDBusConnection::connectToBus(qgetenv("DBUS_SESSION_BUS_ADDRESS"), "host");
     QString item;
+    bool answers = true;
     bool takesItems = true;
 };
 
@@ -141,7 +143,7 @@ StatusContent content(QColor color, MenuItems menu = {}) {
 TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     const Session session;
     std::optional<QRect> place;
-    StatusItem item([&](const ItemPlace& clicked) { place = clicked.geometry; });
+    StatusItem item([&](const ItemPlace& clicked) { place = clicked.geometry; }, true);
     item.setContent(content(QColor(1, 2, 3)));
     Host host;
     using Pictures = std::vector<std::pair<int, QByteArray>>;
@@ -187,25 +189,34 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     EXPECT_EQ(host.toolTip(), "Claude &lt;img src=&quot;/dev/zero&quot;&gt; &amp; 43 %");
 }
 
-TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeIt) {
+TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeItOrNeverAnswers) {
     const Session session;
-    Host host;
-    host.takesItems = false;
-    StatusItem item([](auto) {});
-    item.setContent(content(Qt::white));
-    host.start("waybar");
-    Host::wait(5500);
-    EXPECT_TRUE(item.geometry()) << "for all that can be seen, it has no place in the tray";
-    host.takesItems = true;
-    host.bus.unregisterService("org.kde.StatusNotifierWatcher");
-    host.start("waybar");
-    Host::wait(100);
-    EXPECT_FALSE(item.geometry()) << "two items";
+    for (bool Host::*const ability : {&Host::takesItems, &Host::answers}) {
+        Host host;
+        host.*ability = false;
+        host.bus.registerService("org.kde.StatusNotifierWatcher");
+        StatusItem item([](auto) {}, true);
+        item.setContent(content(Qt::white));
+        Host::wait(5300);
+        EXPECT_TRUE(item.geometry()) << "for all that can be seen, it has no place in the tray";
+        host.*ability = true;
+        host.bus.unregisterService("org.kde.StatusNotifierWatcher");
+        host.start("waybar");
+        Host::wait(100);
+        EXPECT_FALSE(item.geometry()) << "two items";
+    }
 }
 
 TEST(StatusItem, StandsByItselfWithoutASessionBus) {
-    StatusItem item([](auto) {});
+    StatusItem item([](auto) {}, true);
     auto shown = content(Qt::white);
+    {
+        StatusItem switchedOn([](auto) {}, false);
+        switchedOn.setContent(shown);
+        Host::wait(200);
+        EXPECT_TRUE(switchedOn.geometry());
+        EXPECT_FALSE(item.geometry());
+    }
     shown.toolTip = "Claude: <b>\n  <img src='/dev/zero'> & " + std::string(2000, 'W') + "\n";
     item.setContent(shown);
     Host::wait(3500);  // it waits three seconds for a tray
@@ -225,7 +236,7 @@ TEST(StatusItem, StandsByItselfWithoutASessionBus) {
 TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     const Session session;
     Host host;
-    auto item = std::make_unique<StatusItem>([](auto) {});
+    auto item = std::make_unique<StatusItem>([](auto) {}, true);
     std::string chosen;
     const auto choose = [&](const char* title) { return [&, title] { chosen += title; }; };
     const MenuItem heading{"Head_ing", {}, {}, {}}, first{"First", 'r', true, choose("First")},
@@ -258,7 +269,7 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
 TEST(StatusItem, RefusesCallsOfAnotherSignatureThanItsOwn) {
     const Session session;
     Host host;
-    StatusItem item([](auto) { FAIL() << "activated"; });
+    StatusItem item([](auto) { FAIL() << "activated"; }, true);
     item.setContent(content(Qt::red, {{"First", {}, {}, [] { FAIL() << "chosen"; }}}));
     host.start("waybar");
     qDBusRegisterMetaType<QList<QList<int>>>();
