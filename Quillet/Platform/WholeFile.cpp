@@ -23,13 +23,22 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-/// Whether the path may be replaced: it is a regular file or nothing, or a link to either. A link
-/// into /proc, such as /dev/stdout, means an open file of some program instead.
+/// Whether it is a link into /proc, such as /dev/stdout, which means an open file of some program.
+bool isOpenFile(fs::path path) {
+    std::error_code error;
+    for (fs::path target; !(target = fs::read_symlink(path, error)).empty();) {
+        path = path.parent_path() / target;
+        if (fs::canonical(path.parent_path(), error).native().starts_with("/proc/")) return true;
+    }
+    return false;
+}
+
+/// Whether the path may be replaced: it is a regular file or nothing, or a link to either.
 bool isReplaceable(const std::string& path) {
     std::error_code error;
-    const bool isDescriptor = fs::read_symlink(path, error).native().starts_with("/proc/");
     const auto type = fs::status(path, error).type();
-    return !isDescriptor && (type == fs::file_type::regular || type == fs::file_type::not_found);
+    return (type == fs::file_type::regular || type == fs::file_type::not_found) &&
+           !isOpenFile(path);
 }
 
 /// The permissions of the user's own file at the path, which the new one keeps.

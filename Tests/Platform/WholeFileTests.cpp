@@ -38,9 +38,11 @@ TEST(WholeFile, ReplacesFilesAndLinksToFilesAlone) {
                                    "ln -s /dev/null to-device"),
               0);
     const int open = ::open(TemporaryHome::at("kept").c_str(), O_RDONLY);
-    fs::create_symlink("/proc/self/fd/" + std::to_string(open), TemporaryHome::at("to-open"));
+    fs::create_symlink("/proc/self/fd/", TemporaryHome::at("fd"));
+    fs::create_symlink("fd/" + std::to_string(open), TemporaryHome::at("to-open"));
+    fs::create_symlink("to-open", TemporaryHome::at("to-link"));
     const auto before = TemporaryHome::tree();
-    for (const char* name : {"fifo", "to-fifo", "to-directory", "to-device", "to-open"})
+    for (const char* name : {"fifo", "to-fifo", "to-directory", "to-device", "to-open", "to-link"})
         EXPECT_FALSE(WholeFile::write(TemporaryHome::at(name), "new", WholeFile::Flush::no))
             << name;
     EXPECT_EQ(TemporaryHome::tree(), before);
