@@ -40,6 +40,7 @@ void isolateProcess() {
     for (const char* name : {"SSLKEYLOGFILE", "OPENSSL_CONF", "OPENSSL_MODULES", "OPENSSL_ENGINES"})
         unsetenv(name);
     signal(SIGPIPE, SIG_IGN);  // a report that nobody reads is no failure
+    signal(SIGXFSZ, SIG_IGN);  // a write beyond a limit fails as on a full disk
     // A file opened later must not take the number of a closed standard stream, or messages would
     // be written to it.
     int descriptor = 0;

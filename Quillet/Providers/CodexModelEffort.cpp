@@ -46,8 +46,8 @@ std::optional<CodexProvider::ModelEffort> CodexProvider::modelEffortInLog(std::s
 
 CodexProvider::ModelEffort CodexProvider::modelEffortInConfig(std::string_view text) {
     ModelEffort found;
-    for (const std::string_view raw : Text::split(text, '\n')) {
-        const std::string_view line = Text::trimmed(raw, blanks);
+    while (!text.empty()) {
+        const std::string_view line = Text::trimmed(Text::next(text, '\n'), blanks);
         const auto value = settingValue(line);
         if (!value) continue;
         if (line.starts_with("model ")) found.model = value;

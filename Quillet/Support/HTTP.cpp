@@ -50,36 +50,54 @@ bool isOneLine(const std::string& text) {
     return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos;
 }
 
-/// What has come of a response so far.
-struct Received {
-    std::string body;
+/// A call's limits, and what has come of its response so far.
+struct Transfer {
+    milliseconds timeout;  // at a standstill
+    Monotonic::time_point deadline;
+    std::stop_token stop;
+    std::string body{};
     std::size_t headerBytes = 0;
-    Monotonic::time_point at = Monotonic::now();  // of the newest byte, first the call's start
+    Monotonic::time_point receivedAt = Monotonic::now();  // the newest byte; first the start
+
+    /// Not above 0 once it must end.
+    milliseconds left() const {
+        if (stop.stop_requested()) return {};
+        const auto end = std::min(receivedAt + timeout, deadline);
+        return std::chrono::ceil<milliseconds>(end - Monotonic::now());
+    }
 };
 
 // A callback of libcurl's that returns less than `count` fails the transfer.
 std::size_t receiveBody(char* data, std::size_t, std::size_t count, void* user) {
-    auto& received = *static_cast<Received*>(user);
-    received.at = Monotonic::now();
-    if (received.body.size() + count > maxBodyBytes) return 0;
-    received.body.append(data, count);
+    auto& transfer = *static_cast<Transfer*>(user);
+    transfer.receivedAt = Monotonic::now();
+    if (transfer.body.size() + count > maxBodyBytes) return 0;
+    transfer.body.append(data, count);
     return count;
 }
 
 std::size_t receiveHeader(char*, std::size_t, std::size_t count, void* user) {
-    auto& received = *static_cast<Received*>(user);
-    received.at = Monotonic::now();
-    received.headerBytes += count;
-    return received.headerBytes > maxHeaderBytes ? 0 : count;
+    auto& transfer = *static_cast<Transfer*>(user);
+    transfer.receivedAt = Monotonic::now();
+    transfer.headerBytes += count;
+    return transfer.headerBytes > maxHeaderBytes ? 0 : count;
 }
 
-void setOptions(CURL* easy, const std::string& url, Received& received) {
+/// Fails the transfer once it must end: libcurl drops a proxy's endless reply within one call.
+int isOver(void* user, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+    return static_cast<Transfer*>(user)->left().count() <= 0;
+}
+
+void setOptions(CURL* easy, const std::string& url, Transfer& transfer) {
     curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, receiveBody);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &received);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &transfer);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, receiveHeader);
-    curl_easy_setopt(easy, CURLOPT_HEADERDATA, &received);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, &transfer);
+    curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, isOver);
+    curl_easy_setopt(easy, CURLOPT_XFERINFODATA, &transfer);
+    curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // don't wait for a name lookup that hangs
     // libcurl sends a custom Authorization field to no other host than the URL's.
@@ -93,17 +111,15 @@ void setOptions(CURL* easy, const std::string& url, Received& received) {
     curl_easy_setopt(easy, CURLOPT_PROXY, proxy ? proxy : "");
 }
 
-/// Runs the transfer until it ends, nothing has come for `timeout`, or `stop` is requested.
-/// curl_easy_perform would notice a request to stop only once a second.
-CURLcode perform(CURL* easy, const Received& received, milliseconds timeout,
-                 const std::stop_token& stop) {
+/// Runs the transfer until it ends or must end. curl_easy_perform would notice a request to stop
+/// only once a second.
+CURLcode perform(CURL* easy, const Transfer& transfer) {
     const Multi multi(curl_multi_init());
     if (curl_multi_add_handle(multi.get(), easy) != CURLM_OK) return CURLE_FAILED_INIT;
-    const std::stop_callback wake(stop, [&] { curl_multi_wakeup(multi.get()); });
-    for (int running = 1; running > 0 && !stop.stop_requested();) {
-        const auto left = std::chrono::ceil<milliseconds>(received.at + timeout - Monotonic::now());
-        if (left.count() <= 0) break;
-        curl_multi_poll(multi.get(), nullptr, 0, static_cast<int>(left.count()), nullptr);
+    const std::stop_callback wake(transfer.stop, [&] { curl_multi_wakeup(multi.get()); });
+    for (int running = 1; running > 0 && transfer.left().count() > 0;) {
+        const auto left = static_cast<int>(transfer.left().count());
+        curl_multi_poll(multi.get(), nullptr, 0, std::max(left, 0), nullptr);
         curl_multi_perform(multi.get(), &running);
     }
     int queued = 0;
@@ -130,18 +146,16 @@ std::optional<HTTP::Response> HTTP::get(const std::string& url, const Headers& h
     const char* const own = file.empty() ? nullptr : file.c_str();
     // The system's bundle takes 20 ms to parse, so its hashed directory alone is tried first.
     for (const bool usesBundle : {false, true}) {
-        Received received;
+        Transfer transfer{limit, deadline, stop};
         const Easy easy(curl_easy_init());
-        setOptions(easy.get(), url, received);
+        setOptions(easy.get(), url, transfer);
         curl_easy_setopt(easy.get(), CURLOPT_HTTPHEADER, fields.get());
         curl_easy_setopt(easy.get(), CURLOPT_CONNECT_TO, connectTo.get());
-        const auto left = std::chrono::ceil<milliseconds>(deadline - Monotonic::now());
-        curl_easy_setopt(easy.get(), CURLOPT_TIMEOUT_MS, std::max(1L, long{left.count()}));
         if (own || !usesBundle) curl_easy_setopt(easy.get(), CURLOPT_CAINFO, own);
-        const CURLcode code = perform(easy.get(), received, limit, stop);
+        const CURLcode code = perform(easy.get(), transfer);
         long status = 0;
         curl_easy_getinfo(easy.get(), CURLINFO_RESPONSE_CODE, &status);
-        if (code == CURLE_OK) return Response{std::move(received.body), static_cast<int>(status)};
+        if (code == CURLE_OK) return Response{std::move(transfer.body), static_cast<int>(status)};
         if (code != CURLE_PEER_FAILED_VERIFICATION) break;
     }
     return std::nullopt;

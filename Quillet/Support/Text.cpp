@@ -24,12 +24,18 @@ bool isAny(ucs4_t c, std::uint32_t categories) {
 
 }  // namespace
 
+std::string_view Text::next(std::string_view& text, char separator) {
+    const std::size_t end = std::min(text.find(separator), text.size());
+    const std::string_view part = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return part;
+}
+
 std::vector<std::string_view> Text::split(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
     while (!text.empty()) {
-        const std::size_t end = std::min(text.find(separator), text.size());
-        if (end > 0) parts.push_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
+        const std::string_view part = next(text, separator);
+        if (!part.empty()) parts.push_back(part);
     }
     return parts;
 }

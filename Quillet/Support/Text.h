@@ -7,6 +7,9 @@
 /// Operations on UTF-8 strings. Letters other than ASCII stay as they are, whatever the locale.
 namespace Text {
 
+/// The part before the first separator, perhaps empty, which `text` loses with the separator.
+std::string_view next(std::string_view& text, char separator);
+
 /// The parts between the separators without the empty ones. They point into `text`.
 std::vector<std::string_view> split(std::string_view text, char separator);
 
