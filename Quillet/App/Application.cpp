@@ -1,11 +1,14 @@
 #include "App/Application.h"
 
-#include <sys/signalfd.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QSocketNotifier>
+#include <QThreadPool>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +22,7 @@ namespace {
 constexpr const char* applicationID = "com.zendrik.Quillet";  // also the desktop entry's name
 constexpr const char* objectPath = "/com/zendrik/Quillet";
 constexpr int answerTimeout = 3000;  // milliseconds for the application that runs already
+constexpr unsigned endTimeout = 3;   // seconds from a signal on
 constexpr const char* noDisplay = "quillet: there is no display to run on\n";
 
 /// Qt would abort, and leave a core file, where no display answers. Its other messages tell the
@@ -29,18 +33,41 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
     std::_Exit(EXIT_SUCCESS);
 }
 
-/// A descriptor on which the event loop reads the signals that ask a program to end. They are
-/// blocked before other threads start, so that these inherit the mask.
-int openSignals() {
-    sigset_t ending;
-    sigemptyset(&ending);
+int endRequests = -1;  // an eventfd, which the event loop reads
+
+/// Asks the event loop to end the program. The alarm ends it where the event loop hangs: a call to
+/// the X server or the session bus may never return.
+void requestEnd(int) {
+    const int error = errno;
+    alarm(endTimeout);
+    eventfd_write(endRequests, 1);
+    errno = error;
+}
+
+void handle(int number, void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    sigaction(number, &action, nullptr);
+}
+
+/// Has the signals that ask a program to end write to `endRequests`.
+void handleSignals() {
+    endRequests = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    handle(SIGALRM, [](int) { std::_Exit(EXIT_SUCCESS); });
     for (const int number : {SIGTERM, SIGINT})
-        sigaddset(&ending, number);
-    struct sigaction inherited {};
-    sigaction(SIGHUP, nullptr, &inherited);
-    if (inherited.sa_handler != SIG_IGN) sigaddset(&ending, SIGHUP);  // nohup ignores it
-    pthread_sigmask(SIG_BLOCK, &ending, nullptr);
-    return signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
+        handle(number, requestEnd);
+    if (signal(SIGHUP, SIG_IGN) != SIG_IGN) handle(SIGHUP, requestEnd);  // nohup ignores it
+}
+
+/// Qt shares out a large fill among threads, and waits for ever where the system has none just
+/// then. Newer versions can do without. Older ones get a single thread, which stays.
+void keepPaintingThread() {
+    qputenv("QT_NO_GUI_THREADPOOL", "1");
+    QThreadPool* const pool = QThreadPool::globalInstance();
+    pool->setMaxThreadCount(1);
+    pool->setExpiryTimeout(-1);
+    pool->start([] {});
 }
 
 /// Qt closes every popup when the program loses the focus. On X11 it learns of that late, so a
@@ -74,7 +101,8 @@ void Application::run() {
         std::fputs(noDisplay, stderr);
         return;
     }
-    const int signalDescriptor = openSignals();
+    handleSignals();
+    keepPaintingThread();
     qInstallMessageHandler(handleMessage);
 
     int count = 1;
@@ -84,8 +112,8 @@ void Application::run() {
     QApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
     QApplication::setDesktopFileName(applicationID);
     QApplication::setQuitOnLastWindowClosed(false);
-    QSocketNotifier signalled(signalDescriptor, QSocketNotifier::Read);
-    QObject::connect(&signalled, &QSocketNotifier::activated, &application,
+    QSocketNotifier endRequested(endRequests, QSocketNotifier::Read);
+    QObject::connect(&endRequested, &QSocketNotifier::activated, &application,
                      &QCoreApplication::quit);
 
     AppDelegate delegate;

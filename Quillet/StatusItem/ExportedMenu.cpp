@@ -116,14 +116,19 @@ void ExportedMenu::closed() {
     if (isWaiting) publish();
 }
 
-/// The action runs from the event loop, as it may destroy this menu. A click closes the menu, and
-/// some hosts flip its check mark themselves, so the rows are sent again even if none changed.
+/// The action runs from the event loop, as it may destroy this menu. A click closes the menu, so
+/// one that comes before the action has run is dropped: a group may have thousands. Some hosts flip
+/// the check mark themselves, so the rows are sent again even if none changed.
 void ExportedMenu::chosen(int id) {
     const auto row = std::ranges::find(rows, id, &Row::id);
-    if (row == rows.end() || !row->item.action) return;
+    if (row == rows.end() || !row->item.action || std::exchange(isChosen, true)) return;
     QMetaObject::invokeMethod(qApp, row->item.action, Qt::QueuedConnection);
     isWaiting = true;
-    QMetaObject::invokeMethod(this, &ExportedMenu::closed, Qt::QueuedConnection);
+    const auto close = [this] {
+        isChosen = false;
+        closed();
+    };
+    QMetaObject::invokeMethod(this, close, Qt::QueuedConnection);
 }
 
 uint ExportedMenu::GetLayout(int parent, int depth, const QStringList&, ExportedLayout& layout) {

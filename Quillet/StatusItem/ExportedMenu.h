@@ -72,6 +72,7 @@ private:
     std::vector<Row> rows;  ///< As the host knows them.
     MenuItems newest;
     bool isWaiting = false;  ///< `newest` looks different from `rows`.
+    bool isChosen = false;   ///< A row, whose action runs soon.
     /// By title and occurrence, so that a late click hits its row.
     std::map<std::pair<std::string, int>, int> ids;
     uint revision = 0;

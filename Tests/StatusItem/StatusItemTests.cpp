@@ -20,6 +20,8 @@
 #include <QWidget>
 #include <QXmlStreamReader>
 
+#include "StatusItem/ExportedMenu.h"
+
 namespace {
 
 struct Session {
@@ -261,7 +263,10 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     host.click(host.rows()[0].id);
     host.click(rows[1].id);  // an id from before the change
     host.click(12345);
-    EXPECT_EQ(chosen, "FirstAddedFirst");
+    const ExportedEvent click{rows[1].id, "clicked", QDBusVariant(""), 0};
+    host.menu("EventGroup", {QVariant::fromValue(QList<ExportedEvent>(10'000, click))});
+    host.rows();
+    EXPECT_EQ(chosen, "FirstAddedFirstFirst") << "one of all clicks on an open menu";
     host.click(rows[3].id);
     EXPECT_EQ(item, nullptr);
 }
