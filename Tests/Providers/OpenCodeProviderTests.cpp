@@ -84,20 +84,19 @@ TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
 #endif
     const std::string columns = " SELECT 9e15 AS time_created, '{\"tokens\": {\"input\": 1}}' ";
     const std::string rows = "INSERT INTO message(time_created, text) SELECT 9e15, ";
+    const std::string trimming = "ltrim(text, hex(zeroblob(2000000)))";
+    const std::string numbers = "'[1' || replace(hex(zeroblob(4000000)), '0', ',1') || ']'";
     const std::string computed[] = {
         "CREATE VIEW message AS" + columns + "AS data",
         "CREATE VIEW message AS" + columns + "|| hex(zeroblob(450000000)) AS data",
         "CREATE VIEW message AS WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c)" +
             columns + "AS data FROM c",
-        "CREATE TABLE message (time_created INTEGER, text TEXT,"
-        " DATA TEXT AS (ltrim(text, hex(zeroblob(2000000)))));" +
+        "CREATE TABLE message (time_created INTEGER, text TEXT, DATA TEXT AS (" + trimming + "));" +
             rows + "hex(zeroblob(2000000))",
         "CREATE TABLE message (time_created INTEGER, data TEXT AS (text), text TEXT);" + rows + "1",
         "CREATE VIRTUAL TABLE message USING fts5(time_created, data)",
         // More JSON values than fit.
-        "CREATE TABLE message (time_created INTEGER, data TEXT);"
-        "INSERT INTO message SELECT 9e15, '[1' || replace(hex(zeroblob(4000000)), '0', ',1') || "
-        "']'"};
+        schema + "INSERT INTO message SELECT 9e15, " + numbers};
     for (const auto& sql : computed) {
         TemporaryHome home;
         const Tool tool(home.at("db"), sql);
