@@ -8,11 +8,15 @@ using nlohmann::json;
 namespace {
 
 constexpr int maxValues = 300'000;  // no log's tail has room for more
+constexpr int maxControls = 1'000'000;
 
-/// A parsed value can take a hundred times its text.
-bool hasTooManyValues(std::string_view text) {
-    return std::ranges::count_if(text, [](char c) { return c == ',' || c == '[' || c == '{'; }) >
-           maxValues;
+/// A parsed value can take a hundred times its text, and nlohmann's message about an error takes
+/// eight times the line breaks and other controls before it.
+bool isCostly(std::string_view text) {
+    const auto begins = [](char c) { return c == ',' || c == '[' || c == '{'; };
+    const auto isControl = [](char c) { return c >= 0 && c < ' '; };
+    return std::ranges::count_if(text, begins) > maxValues ||
+           std::ranges::count_if(text, isControl) > maxControls;
 }
 
 }  // namespace
@@ -27,7 +31,7 @@ JSONObject::JSONObject(std::shared_ptr<Document> owner, const json& object)
 
 std::optional<JSONObject> JSONObject::parse(std::string_view text) {
     // nlohmann takes a null character for the end.
-    if (text.find('\0') != std::string_view::npos || hasTooManyValues(text)) return std::nullopt;
+    if (text.find('\0') != std::string_view::npos || isCostly(text)) return std::nullopt;
     const auto document = std::make_shared<Document>();
     document->root = json::parse(text, nullptr, /*allow_exceptions=*/false);
     if (!document->root.is_object()) return std::nullopt;
