@@ -49,6 +49,10 @@ void handle(int number, void (*handler)(int)) {
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     sigaction(number, &action, nullptr);
+    sigset_t handled;
+    sigemptyset(&handled);
+    sigaddset(&handled, number);
+    pthread_sigmask(SIG_UNBLOCK, &handled, nullptr);  // the parent may have blocked it
 }
 
 /// Has the signals that ask a program to end write to `endRequests`.

@@ -13,8 +13,8 @@ namespace {
 
 constexpr int noHost = -1;  // in place of a process
 
-// A watcher may be slow. After an error in its place Qt would be asked for a tray, which waits for
-// the same watcher.
+// A slow watcher's answer still counts. A timeout would count as no host, and Qt, which is then
+// asked for a tray, would block on the same watcher.
 constexpr int noTimeout = std::numeric_limits<int>::max();
 
 const struct {
