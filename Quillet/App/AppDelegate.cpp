@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <limits>
+#include <new>
 #include <system_error>
 
 #include "Platform/HardwareModel.h"
@@ -73,15 +74,19 @@ void AppDelegate::refresh() {
 /// A pass, on a thread of its own.
 void AppDelegate::collect(const std::vector<Provider>& providers) {
     setpriority(PRIO_PROCESS, 0, passPriority);  // of this thread alone, on Linux
-    Snapshots results;
-    for (const Provider provider : providers) {
-        if (isEnding) return;
-        results.insert_or_assign(provider, Collectors::collect(provider));
+    std::optional<Snapshots> results(std::in_place);
+    try {
+        for (const Provider provider : providers) {
+            if (isEnding) return;
+            results->insert_or_assign(provider, Collectors::collect(provider));
+        }
+    } catch (const std::bad_alloc&) {
+        results.reset();
     }
     malloc_trim(0);  // the allocator would keep the room of large logs and replies
     auto deliver = [this, results = std::move(results)]() mutable {
         --running;
-        apply(std::move(results));
+        if (results) apply(std::move(*results));
         if (isRefreshDue) refresh();
     };
     QMetaObject::invokeMethod(this, std::move(deliver), Qt::QueuedConnection);

@@ -8,6 +8,7 @@
 #include <QDBusMessage>
 #include <QSocketNotifier>
 #include <QThreadPool>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -38,8 +39,9 @@ int endRequests = -1;  // an eventfd, which the event loop reads
 /// Asks the event loop to end the program. The alarm ends it where the event loop hangs: a call to
 /// the X server or the session bus may never return.
 void requestEnd(int) {
+    static std::atomic_flag isRequested;
     const int error = errno;
-    alarm(endTimeout);
+    if (!isRequested.test_and_set()) alarm(endTimeout);
     eventfd_write(endRequests, 1);
     errno = error;
 }

@@ -1,5 +1,8 @@
 #include "Platform/UserDefaults.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -13,26 +16,41 @@ using nlohmann::json;
 
 namespace {
 
+// The file is read at each question, and written by a recursion as deep as its values are nested.
+constexpr std::size_t maxBytes = 1 << 20;
+constexpr int maxLinesAndValues = 2000;
+
+fs::path linkPath() {
+    return HomeDirectory::expanding("~/.config/quillet/defaults.json");
+}
+
 /// Behind links, with which users keep their settings elsewhere.
 fs::path filePath() {
-    fs::path path = HomeDirectory::expanding("~/.config/quillet/defaults.json");
+    const fs::path path = linkPath();
     std::error_code error;
     const auto type = fs::status(path, error).type();
     if (type == fs::file_type::regular) return fs::canonical(path, error);
-    const bool isOpen = type == fs::file_type::not_found && fs::is_symlink(path, error);
-    return isOpen ? path.parent_path() / fs::read_symlink(path, error) : path;
+    const bool leadsNowhere = type == fs::file_type::not_found && fs::is_symlink(path, error);
+    return leadsNowhere ? path.parent_path() / fs::read_symlink(path, error) : path;
 }
 
-constexpr int maxDepth = 100;  // writing a value recurses as deep as it is nested
+/// Whether it is no link, or one of the user's own to a file of theirs or to nothing.
+bool mayBeReplaced(const fs::path& path) {
+    struct stat link {
+    }, target{};
+    if (lstat(path.c_str(), &link) != 0 || !S_ISLNK(link.st_mode)) return true;
+    const bool isOwn = link.st_uid == geteuid();
+    return isOwn && (stat(path.c_str(), &target) != 0 || target.st_uid == geteuid() ||
+                     !S_ISREG(target.st_mode));
+}
 
-/// Discarded when the text isn't an object.
+/// Discarded when the text isn't an object, or too large.
 json parseObject(std::string_view text) {
-    bool tooDeep = false;
-    const auto limitDepth = [&](int depth, json::parse_event_t, json&) {
-        return !(tooDeep |= depth > maxDepth);
-    };
-    json stored = json::parse(text, limitDepth, /*allow_exceptions=*/false);
-    return stored.is_object() && !tooDeep ? stored : json(json::value_t::discarded);
+    const auto adds = [](char c) { return c == ',' || c == '[' || c == '{' || c == '\n'; };
+    if (text.size() > maxBytes || std::ranges::count_if(text, adds) > maxLinesAndValues)
+        return json::value_t::discarded;
+    json stored = json::parse(text, nullptr, /*allow_exceptions=*/false);
+    return stored.is_object() ? stored : json(json::value_t::discarded);
 }
 
 /// The file's object, empty without a file, discarded when the file holds anything else.
@@ -40,7 +58,7 @@ json read() {
     const fs::path path = filePath();
     std::error_code ignored;
     if (!fs::exists(path, ignored)) return json::object();
-    return parseObject(RegularFile::contents(path).value_or(""));
+    return parseObject(RegularFile::beginning(path, maxBytes + 1).value_or(""));
 }
 
 json unwritten = json::object();  // what could not be written yet
@@ -66,6 +84,7 @@ void write(const std::string& key, json value) {
     std::error_code ignored;
     fs::create_directories(path.parent_path(), ignored);
     unwritten[key] = std::move(value);
+    if (!mayBeReplaced(linkPath())) return;
     json stored = read();
     if (stored.is_discarded() && !setAside(path)) return;
     if (stored.is_discarded()) stored = json::object();

@@ -5,8 +5,9 @@
 #include <vector>
 
 /// The application's stored choices: one JSON object in ~/.config/quillet/defaults.json, or where a
-/// link of that name leads, read at each question and replaced as a whole by each write. Unknown
-/// keys are kept. What can't be written is kept in memory until a write succeeds. Main thread only.
+/// link of that name leads, read at each question and replaced as a whole by each write, unless it
+/// is a link to or of another user. Unknown keys are kept. What can't be written is kept in memory
+/// until a write succeeds. Main thread only.
 namespace UserDefaults {
 
 /// Absent when the key is missing or isn't an array of strings.

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <optional>
 
@@ -50,10 +51,17 @@ std::optional<mode_t> ownPermissions(const std::string& path) {
 }
 
 /// In the same directory, as renaming is atomic only within a file system, and always the same, so
-/// that the next write replaces what a killed program left. Names have at most 255 bytes.
+/// that a later write replaces what a killed program left. Names have at most 255 bytes.
 std::string temporaryPath(const std::string& path) {
     const std::size_t name = path.rfind('/') + 1;
     return path.substr(0, name) + "." + path.substr(name, 240) + ".new";
+}
+
+/// Whether the temporary file is no other program's that is just writing it.
+bool isOld(const std::string& path) {
+    constexpr time_t maxWriteTime = 60;  // seconds
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 && time(nullptr) - status.st_mtime > maxWriteTime;
 }
 
 /// Gives a file without a name one.
@@ -75,7 +83,7 @@ bool WholeFile::write(const std::string& path, std::string_view bytes, Flush flu
     int file = open(directory.empty() ? "." : directory.c_str(), O_TMPFILE | flags, permissions);
     const bool isNamed = file < 0;  // not every file system has files without names
     if (isNamed) {
-        unlink(temporary.c_str());
+        if (isOld(temporary)) unlink(temporary.c_str());
         file = open(temporary.c_str(), O_CREAT | O_EXCL | flags, permissions);
     }
     if (file < 0) return false;

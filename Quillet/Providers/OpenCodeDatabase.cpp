@@ -21,10 +21,10 @@ using Monotonic = std::chrono::steady_clock;
 
 constexpr double windowLength = 18000;           // seconds
 constexpr std::chrono::seconds timeout(3);       // for all attempts together
-constexpr int stepsPerCheck = 100;               // of SQLite's virtual machine; one may take 100 ms
+constexpr int stepsPerCheck = 100;               // of SQLite's virtual machine, for some five rows
 constexpr int maxAttempts = 5;                   // while the tool moves its log into the database
 constexpr std::int64_t maxHeapBytes = 48 << 20;  // of all of SQLite
-constexpr int maxRowBytes = 16 << 20;            // messages may contain whole files
+constexpr int maxRowBytes = 8 << 20;  // messages may contain whole files; the heap must hold it
 constexpr std::uintmax_t maxLogBytes = 256 << 20;  // which SQLite reads without a pause
 
 constexpr const char* tokenSum =
@@ -162,8 +162,8 @@ std::optional<std::int64_t> sum(const std::string& path, const Files& files,
     const auto logBytes = std::filesystem::file_size(path + "-wal", error);
     if (!error && logBytes > maxLogBytes) return std::nullopt;
     // SQLite would fail for want of the log.
-    const bool isComplete = usesLog(files.header.value_or("")) && !files.logHeader;
-    const Database database = open(path, isComplete ? "?immutable=1" : "");
+    const bool lacksLog = usesLog(files.header.value_or("")) && !files.logHeader;
+    const Database database = open(path, lacksLog ? "?immutable=1" : "");
     if (!database) return std::nullopt;
     distrust(database.get(), &deadline);
     // So its index of the log is in its own memory.
@@ -185,9 +185,9 @@ std::optional<std::int64_t> sum(const std::string& path, const Files& files,
 std::optional<std::int64_t> OpenCodeProvider::tokensInLastFiveHours(const std::string& dbPath) {
     std::error_code error;
     const std::string path = std::filesystem::canonical(dbPath, error);  // beside which the log is
-    const auto deadline = Monotonic::now() + timeout;
+    auto deadline = Monotonic::now() + timeout;
     Files files = filesOf(path);
-    for (int attempt = 0; !error && attempt < maxAttempts; ++attempt) {
+    for (int attempt = 0; !error && attempt < maxAttempts && !hasPassed(&deadline); ++attempt) {
         const auto tokens = sum(path, files, deadline);
         const Files before = std::exchange(files, filesOf(path));
         if (files == before) return tokens;

@@ -63,14 +63,15 @@ void CornerItem::resizeEvent(QResizeEvent*) {
     WindowSystem::cutCorners(this, look.cornerRadius);
 }
 
-/// The press that closes an open popover doesn't come here.
 void CornerItem::mousePressEvent(QMouseEvent* event) {
     isPressed = event->button() == Qt::LeftButton;
 }
 
+/// On X11 the press that closes an open popover doesn't come here.
 void CornerItem::mouseReleaseEvent(QMouseEvent* event) {
     const bool isClick = rect().contains(event->position().toPoint());
-    if (std::exchange(isPressed, false) && isClick) onActivate({geometry(), {}, false});
+    if (std::exchange(isPressed, false) && isClick)
+        onActivate({geometry(), {}, WindowSystem::isWayland()});
 }
 
 void CornerItem::contextMenuEvent(QContextMenuEvent*) {

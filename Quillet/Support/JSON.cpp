@@ -7,7 +7,7 @@ using nlohmann::json;
 
 namespace {
 
-constexpr int maxValues = 300'000;  // no log's tail has room for more
+constexpr int maxValues = 300'000;  // no log's tail has room for more; commas in strings count too
 constexpr int maxControls = 1'000'000;
 
 /// A parsed value can take a hundred times its text, and nlohmann's message about an error takes

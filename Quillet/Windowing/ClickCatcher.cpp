@@ -60,9 +60,10 @@ void ClickCatcher::contextMenuEvent(QContextMenuEvent* event) {
     passOn(*event);
 }
 
+/// A cover may still be there, for a popup that isn't shown yet.
 void ClickCatcher::passOn(const QContextMenuEvent& event) {
     QWidget* const window = QApplication::topLevelAt(event.globalPos());
-    if (!window) return;
+    if (!window || dynamic_cast<ClickCatcher*>(window)) return;
     QContextMenuEvent there(event.reason(), window->mapFromGlobal(event.globalPos()),
                             event.globalPos());
     QApplication::sendEvent(window, &there);

@@ -29,7 +29,8 @@ TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
         SCOPED_TRACE(row[0].dump().substr(0, 99));
         const TemporaryHome home;
         std::string text = row[0];
-        if (text == "large") text = "{}" + std::string(64 << 20, ' ');
+        if (text == "large") text = "{}" + std::string(1 << 20, ' ');
+        if (text == "many") text = "{}" + std::string(2001, '\n');
         if (text == "deep")
             text = "{\"a\":" + std::string(200'000, '[') + std::string(200'000, ']') + "}";
         const auto target = TemporaryHome::write("dotfiles/quillet.json", text),
@@ -61,6 +62,20 @@ TEST(UserDefaults, ALinkToNothingYetIsFilledAndADeviceBehindOneIsLeftAlone) {
     EXPECT_EQ(json::parse(textOf(TemporaryHome::at("dotfiles/quillet.json"))), (json{{"b", "x"}}));
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
     EXPECT_EQ(UserDefaults::text("b"), "x");
+}
+
+TEST(UserDefaults, AnotherUsersFileBehindALinkIsLeftAlone) {
+    const TemporaryHome home;
+    const auto path = TemporaryHome::write(file, ""), target = TemporaryHome::write("theirs", "{}");
+    fs::remove(path);
+    fs::create_symlink(target, path);
+    if (chown(target.c_str(), 65534, 65534) != 0) GTEST_SKIP() << "needs root";
+    UserDefaults::setText("b", "x");
+    EXPECT_EQ(textOf(target), "{}");
+    EXPECT_EQ(UserDefaults::text("b"), "x") << "kept in memory";
+    fs::remove(path);
+    UserDefaults::setText("c", "x");
+    EXPECT_EQ(json::parse(textOf(path)), (json{{"b", "x"}, {"c", "x"}}));
 }
 
 TEST(UserDefaults, EveryUnreadableFileIsSetAsideUnderANameOfItsOwn) {
@@ -114,6 +129,7 @@ TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
         saved += found == values[1];
     }
     EXPECT_GT(saved, 0) << "no process came to save anything";
+    TemporaryHome::write(".config/quillet/.defaults.json.new", "half");
     UserDefaults::removeUnfinished();
     EXPECT_EQ(filesIn(".config/quillet"), 1);
 }

@@ -19,11 +19,14 @@ std::string message(std::int64_t time, const nlohmann::json& data) {
 /// OpenCode's own tool at work; it is killed with the object.
 class Tool {
 public:
-    Tool(const std::string& database, const std::string& sql) {
-        const auto file = TemporaryHome::beside("sql"), ready = TemporaryHome::beside("ready");
+    Tool(const std::string& database, const std::string& sql, const std::string& loop = "") {
+        const auto file = TemporaryHome::beside("sql"), loopFile = TemporaryHome::beside("loop"),
+                   ready = TemporaryHome::beside("ready");
         std::ofstream(file) << sql;
-        process = popen(
-            ("opencode-tool '" + database + "' \"$(cat " + file + ")\" " + ready).c_str(), "we");
+        std::ofstream(loopFile) << loop;
+        std::string command = "opencode-tool '" + database + "' \"$(cat " + file + ")\" " + ready;
+        if (!loop.empty()) command += " \"$(cat " + loopFile + ")\"";
+        process = popen(command.c_str(), "we");
         for (int i = 0; i < 1000 && !std::filesystem::remove(ready); i++)
             usleep(10'000);
     }
@@ -96,7 +99,8 @@ TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
         "CREATE TABLE message (time_created INTEGER, data TEXT AS (text), text TEXT);" + rows + "1",
         "CREATE VIRTUAL TABLE message USING fts5(time_created, data)",
         // More JSON values than fit.
-        schema + "INSERT INTO message SELECT 9e15, " + numbers};
+        schema + "INSERT INTO message SELECT 9e15, " + numbers,
+        schema + "INSERT INTO message SELECT 9e15, '\"' || hex(zeroblob(4500000)) || '\"'"};
     for (const auto& sql : computed) {
         TemporaryHome home;
         const Tool tool(home.at("db"), sql);
@@ -117,6 +121,27 @@ TEST(OpenCodeTokens, ALinkIsFollowedToTheWriteAheadLog) {
     EXPECT_EQ(home.shell("ln -s db link; ln -s . here"), 0);
     for (const char* name : {"link", "here/db", "here/link"})
         EXPECT_EQ(sumOf(home.at(name)), "8") << name;
+}
+
+TEST(OpenCodeTokens, AReadIsOfOneMomentWhileTheToolWrites) {
+    TemporaryHome home;
+    const std::string input = "UPDATE message SET data = json_set(data, '$.tokens.input', ";
+    const Tool tool(
+        home.at("db"),
+        "PRAGMA journal_mode = WAL; PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 20;" +
+            schema +
+            "WITH RECURSIVE c(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM c WHERE i < 300)"
+            "INSERT INTO message SELECT 9e15, json_object('x', hex(zeroblob(450)), 'tokens',"
+            " json_object('input', iif(i = 1, 1000, 0))) FROM c",
+        "BEGIN;" + input + "0) WHERE json_extract(data, '$.tokens.input') > 0;" + input +
+            "1000) WHERE rowid = 1 + abs(random() % 300); COMMIT");
+    int known = 0;
+    for (int i = 0; i < 300; ++i) {
+        const auto sum = OpenCodeProvider::tokensInLastFiveHours(home.at("db"));
+        EXPECT_EQ(sum.value_or(1000), 1000);
+        known += sum.has_value();
+    }
+    EXPECT_GT(known, 100);
 }
 
 TEST(OpenCodeTokens, AWriteAheadLogIsReadAndNoFileIsTouched) {

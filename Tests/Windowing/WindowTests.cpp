@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
@@ -9,6 +10,7 @@
 #include <thread>
 
 #include "App/PointText.h"
+#include "Windowing/ClickCatcher.h"
 #include "Windowing/FloatingWindow.h"
 #include "Windowing/MenuItem.h"
 #include "Windowing/Popover.h"
@@ -106,6 +108,26 @@ TEST_F(Windows, PopoverFollowsItsViewAndLetsTheKeyboardIn) {
     EXPECT_TRUE(popover.justClosed());
     std::this_thread::sleep_for(std::chrono::milliseconds(410));
     EXPECT_FALSE(popover.justClosed());
+}
+
+TEST_F(Windows, ARightClickThatClosesAPopupReachesTheWindowBeneathButNoCover) {
+    QWidget popup(nullptr, Qt::Popup), content;
+    content.resize(200, 40);
+    FloatingWindow bar(&content);
+    int menus = 0;
+    bar.onMenu = [&](QPoint) { ++menus; };
+    bar.show();
+    ClickCatcher cover(&popup);
+    cover.cover([](auto) {});
+    const auto rightClick = [&cover, at = bar.geometry().center()] {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, cover.mapFromGlobal(at), at);
+        QApplication::sendEvent(&cover, &event);
+    };
+    rightClick();
+    EXPECT_EQ(menus, 0) << "the popup is still to come";
+    cover.hide();
+    rightClick();
+    EXPECT_EQ(menus, 1);
 }
 
 TEST_F(Windows, AnOpenMenusRowsAnswerToTheirKeys) {
