@@ -27,6 +27,7 @@ TEST(JSON, OnlyAWholeObjectParsesAndAMemberOfAnotherTypeIsNoted) {
     while (many.size() < 1 << 20)
         many += ",[]";
     EXPECT_FALSE(JSONObject::parse(many + "]}"));
+    EXPECT_FALSE(JSONObject::parse("{" + std::string(1'000'001, '\n') + "}"));
     const auto object = JSONObject::parse(good);
     EXPECT_EQ(object->number("n"), 0x1p64);
     EXPECT_FALSE(object->text("nul") || object->number("none") || object->hasMismatch());
