@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QMouseEvent>
 
 #include "Windowing/Screens.h"
 #include "Windowing/WindowSystem.h"
@@ -52,19 +53,17 @@ bool ClickCatcher::eventFilter(QObject*, QEvent* event) {
     return false;
 }
 
-void ClickCatcher::mousePressEvent(QMouseEvent*) {
+void ClickCatcher::mousePressEvent(QMouseEvent* event) {
     popup->close();
-}
-
-void ClickCatcher::contextMenuEvent(QContextMenuEvent* event) {
     passOn(*event);
 }
 
 /// A cover may still be there, for a popup that isn't shown yet.
-void ClickCatcher::passOn(const QContextMenuEvent& event) {
-    QWidget* const window = QApplication::topLevelAt(event.globalPos());
-    if (!window || dynamic_cast<ClickCatcher*>(window)) return;
-    QContextMenuEvent there(event.reason(), window->mapFromGlobal(event.globalPos()),
-                            event.globalPos());
-    QApplication::sendEvent(window, &there);
+void ClickCatcher::passOn(const QMouseEvent& press) {
+    const QPoint place = press.globalPosition().toPoint();
+    QWidget* const window = QApplication::topLevelAt(place);
+    const bool isCover = dynamic_cast<ClickCatcher*>(window);
+    if (press.button() != Qt::RightButton || !window || isCover) return;
+    QContextMenuEvent request(QContextMenuEvent::Mouse, window->mapFromGlobal(place), place);
+    QApplication::sendEvent(window, &request);
 }

@@ -18,14 +18,13 @@ public:
     /// Covers all but the popup's window, where the compositor would stack that beneath the cover.
     void surround(const QRect& window);
 
-    /// Gives a right click that closed a popup to our own window at the same place, if any.
-    static void passOn(const QContextMenuEvent& event);
+    /// Asks our own window beneath a right press that closed a popup for its menu, if there is one.
+    static void passOn(const QMouseEvent& press);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     QWidget* const popup;

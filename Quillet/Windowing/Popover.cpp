@@ -1,8 +1,8 @@
 #include "Windowing/Popover.h"
 
 #include <QApplication>
-#include <QContextMenuEvent>
 #include <QKeyEvent>
+#include <QMouseEvent>
 
 #include "Windowing/ClickCatcher.h"
 #include "Windowing/FloatingWindow.h"
@@ -154,7 +154,8 @@ void Popover::keyPressEvent(QKeyEvent* event) {
     close();
 }
 
-void Popover::contextMenuEvent(QContextMenuEvent* event) {
+void Popover::mousePressEvent(QMouseEvent* event) {
+    QWidget::mousePressEvent(event);  // closes a popup at a press outside
     if (!isVisible()) ClickCatcher::passOn(*event);
 }
 

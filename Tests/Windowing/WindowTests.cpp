@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
@@ -23,9 +22,9 @@ protected:
         QApplication::sendEvent(popover.focusWidget(), &event);
     }
 
-    static void mouse(QWidget& on, QEvent::Type type, QPointF at) {
-        QMouseEvent event(type, on.mapFromGlobal(at), at, Qt::LeftButton, Qt::LeftButton,
-                          Qt::NoModifier);
+    static void mouse(QWidget& on, QEvent::Type type, QPointF at,
+                      Qt::MouseButton button = Qt::LeftButton) {
+        QMouseEvent event(type, on.mapFromGlobal(at), at, button, button, Qt::NoModifier);
         QApplication::sendEvent(&on, &event);
     }
 };
@@ -119,15 +118,16 @@ TEST_F(Windows, ARightClickThatClosesAPopupReachesTheWindowBeneathButNoCover) {
     bar.show();
     ClickCatcher cover(&popup);
     cover.cover([](auto) {});
-    const auto rightClick = [&cover, at = bar.geometry().center()] {
-        QContextMenuEvent event(QContextMenuEvent::Mouse, cover.mapFromGlobal(at), at);
-        QApplication::sendEvent(&cover, &event);
-    };
-    rightClick();
+    const QPointF at = bar.geometry().center();
+    mouse(cover, QEvent::MouseButtonPress, at, Qt::RightButton);
     EXPECT_EQ(menus, 0) << "the popup is still to come";
-    cover.hide();
-    rightClick();
+    popup.show();
+    mouse(cover, QEvent::MouseButtonPress, at, Qt::LeftButton);
+    EXPECT_EQ(menus, 0);
+    popup.show();
+    mouse(cover, QEvent::MouseButtonPress, at, Qt::RightButton);
     EXPECT_EQ(menus, 1);
+    EXPECT_FALSE(popup.isVisible());
 }
 
 TEST_F(Windows, AnOpenMenusRowsAnswerToTheirKeys) {
