@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <unistr.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -14,6 +13,8 @@
 #include <memory>
 #include <utility>
 #include <vector>
+
+#include <utf8.h>
 
 #include "Platform/HomeDirectory.h"
 #include "Platform/RegularFile.h"
@@ -60,8 +61,7 @@ bool isUTF8(const std::string& text) {
     const char* const end = text.data() + text.size();
     for (const char* at = skipASCII(text.data(), end); at != end; at = skipASCII(at, end)) {
         const char* const start = std::exchange(at, std::find_if(at, end, isASCII));
-        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(start);
-        if (u8_check(bytes, static_cast<std::size_t>(at - start))) return false;
+        if (!utf8::is_valid(start, at)) return false;
     }
     return true;
 }

@@ -1,10 +1,8 @@
 #include "Support/Text.h"
 
-#include <unictype.h>
-#include <unistr.h>
+#include <utf8.h>
 
 #include <algorithm>
-#include <cstdint>
 
 namespace {
 
@@ -18,8 +16,23 @@ char upper(char c) {
 bool isSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
-bool isAny(ucs4_t c, std::uint32_t categories) {
-    return uc_is_general_category_withtable(c, categories);
+bool isControl(char32_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == U'\u2028' || c == U'\u2029';
+}
+
+// Unicode 15's category Cf: bidirectional controls, zero-width spaces, tags and the like.
+constexpr struct {
+    char32_t first, last;
+} formats[] = {{0xAD, 0xAD},       {0x600, 0x605},     {0x61C, 0x61C},     {0x6DD, 0x6DD},
+               {0x70F, 0x70F},     {0x890, 0x891},     {0x8E2, 0x8E2},     {0x180E, 0x180E},
+               {0x200B, 0x200F},   {0x202A, 0x202E},   {0x2060, 0x2064},   {0x2066, 0x206F},
+               {0xFEFF, 0xFEFF},   {0xFFF9, 0xFFFB},   {0x110BD, 0x110BD}, {0x110CD, 0x110CD},
+               {0x13430, 0x1343F}, {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A}, {0xE0001, 0xE0001},
+               {0xE0020, 0xE007F}};
+
+bool isFormat(char32_t c) {
+    return std::ranges::any_of(
+        formats, [c](const auto& range) { return c >= range.first && c <= range.last; });
 }
 
 }  // namespace
@@ -69,20 +82,9 @@ std::string Text::replacing(std::string text, std::string_view from, std::string
     return text;
 }
 
-std::string Text::withoutControls(std::string_view text) {
-    constexpr auto dividing = UC_CATEGORY_MASK_Cc | UC_CATEGORY_MASK_Zl | UC_CATEGORY_MASK_Zp;
-    std::string result;
-    while (!text.empty()) {
-        ucs4_t c = 0;  // U+FFFD for what is not UTF-8
-        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-        const auto length = static_cast<std::size_t>(u8_mbtouc(&c, bytes, text.size()));
-        const bool isInvalid = c == 0xFFFD;
-        if (isAny(c, dividing)) {
-            result += ' ';
-        } else if (!isAny(c, UC_CATEGORY_MASK_Cf)) {
-            result += isInvalid ? "\uFFFD" : text.substr(0, length);
-        }
-        text.remove_prefix(length);
-    }
-    return result;
+std::string Text::withoutControls(const std::string& text) {
+    std::u32string characters = utf8::utf8to32(utf8::replace_invalid(text));
+    std::ranges::replace_if(characters, isControl, U' ');
+    std::erase_if(characters, isFormat);
+    return utf8::utf32to8(characters);
 }

@@ -38,6 +38,6 @@ std::string replacing(std::string text, std::string_view from, std::string_view 
 /// `text` with a space for each control character and line or paragraph separator, and without
 /// format characters such as the bidirectional ones. So it stays on one line, moves no terminal's
 /// cursor and changes no order. What is not UTF-8 becomes U+FFFD.
-std::string withoutControls(std::string_view text);
+std::string withoutControls(const std::string& text);
 
 }  // namespace Text

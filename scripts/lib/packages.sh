@@ -2,7 +2,7 @@
 # The Debian packages that each command needs. "a|b" is satisfied by either and installs the first.
 # "a?" is left out where the system has no such package, as unstable has no trayer.
 runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nlohmann-json3-dev
-    libsqlite3-dev libunistring-dev ca-certificates)
+    libsqlite3-dev libutfcpp-dev ca-certificates)
 desktopPackages=("${runPackages[@]}" qt6-base-dev qt6-svg-dev libgl-dev libxcb1-dev
     libfontconfig-dev fonts-inter)
 screenPackages=(dbus-daemon xvfb openbox xdotool x11-utils x11-xserver-utils imagemagick xterm
