@@ -34,14 +34,13 @@ fs::path filePath() {
     return leadsNowhere ? path.parent_path() / fs::read_symlink(path, error) : path;
 }
 
-/// Whether it is no link, or one of the user's own to a file of theirs or to nothing.
+/// Whether it is no link, or one of the user's own that leads to no file of another user.
 bool mayBeReplaced(const fs::path& path) {
-    struct stat link {
-    }, target{};
+    struct stat link {};
+    struct stat target {};
     if (lstat(path.c_str(), &link) != 0 || !S_ISLNK(link.st_mode)) return true;
-    const bool isOwn = link.st_uid == geteuid();
-    return isOwn && (stat(path.c_str(), &target) != 0 || target.st_uid == geteuid() ||
-                     !S_ISREG(target.st_mode));
+    const bool leadsToFile = stat(path.c_str(), &target) == 0 && S_ISREG(target.st_mode);
+    return link.st_uid == geteuid() && (!leadsToFile || target.st_uid == geteuid());
 }
 
 /// Discarded when the text isn't an object, or too large.
