@@ -1,8 +1,10 @@
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -53,13 +55,13 @@ public:
     /// Makes or replaces a file and the directories above it; gives its path.
     static std::string write(const std::string& relative, std::string_view text,
                              std::optional<Instant> modifiedAt = std::nullopt) {
-        using namespace std::chrono;
         const std::filesystem::path file = at(relative);
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << text;
-        const sys_time<nanoseconds> time(
-            round<nanoseconds>(duration<double>(modifiedAt.value_or(0))));
-        if (modifiedAt) std::filesystem::last_write_time(file, file_clock::from_sys(time));
+        const double second = std::floor(modifiedAt.value_or(0));
+        const timespec time{time_t(second), long((modifiedAt.value_or(0) - second) * 1e9)};
+        const timespec times[] = {time, time};
+        if (modifiedAt) utimensat(AT_FDCWD, file.c_str(), times, 0);
         return file;
     }
 
@@ -68,24 +70,10 @@ public:
         return std::system(("cd '" + path() + "' && { " + command + "\n}").c_str());
     }
 
-    /// The home directory and everything in it with all that a write of any kind would change.
-    static nlohmann::json tree() {
-        nlohmann::json all;
-        const auto add = [&all](const std::string& file) {
-            struct stat is {};
-            lstat(file.c_str(), &is);
-            all[file] = {
-                {"inode", is.st_ino},
-                {"mode", is.st_mode},
-                {"owner", {is.st_uid, is.st_gid}},
-                {"mtime", {is.st_mtime, is.st_mtim.tv_nsec}},
-                {"ctime", {is.st_ctime, is.st_ctim.tv_nsec}},
-                {"content", S_ISREG(is.st_mode) ? std::hash<std::string>()(textOf(file)) : 0}};
-        };
-        add(path());
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(path()))
-            add(entry.path());
-        return all;
+    /// A line for everything in the home directory, with all that a write of any kind would change.
+    static std::string tree() {
+        shell("find . -printf '%p %i %M %U %G %T@ %C@ %l\\n' | sort > ../tree");
+        return textOf(beside("tree"));
     }
 
 private:
