@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <ctime>
-
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/HTTPSServer.h"
 
@@ -11,21 +9,6 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 constexpr auto databaseFile = ".local/share/opencode/opencode.db";
-
-/// The file's JSON with every "IN n" replaced by the date-time n seconds after `now`, and every
-/// negative number by the seconds from 1970 to as long after it.
-json withTimes(const char* file, time_t now) {
-    return json::parse(textOf(std::string(FIXTURES) + file), [now](int, auto event, json& value) {
-        if (event != json::parse_event_t::value) return true;
-        if (value.is_number_integer() && value < 0) value = now - value.get<time_t>();
-        if (!value.is_string() || !value.get<std::string>().starts_with("IN ")) return true;
-        const time_t instant = now + std::stol(value.get<std::string>().substr(3));
-        char written[32];
-        strftime(written, sizeof written, "%Y-%m-%dT%H:%M:%SZ", gmtime(&instant));
-        value = written;
-        return true;
-    });
-}
 
 /// The built program over a home directory with all four assistants in it.
 class Quillet : public testing::Test {
@@ -87,7 +70,7 @@ TEST_F(Quillet, ReportsAllFourAssistants) {
         R"(sh -c 'mount --bind "$0" /etc/ssl/certs/ca-certificates.crt && quillet "$@"' )" +
         server.certificates();
     if (home.shell(namespaces + "true") != 0) GTEST_SKIP() << "no namespaces";
-    const auto expected = withTimes("/status.json", time(nullptr));
+    const auto expected = fixture("status");
     for (const auto& [path, body] : expected["replies"].items())
         server.reply(path, {{"body", body}});
 
@@ -152,27 +135,47 @@ TEST_F(Quillet, ShowsTheSameWhereverItRuns) {
 }
 
 TEST_F(Quillet, OneBadFileSpoilsNoOtherProvider) {
-    const auto lists = fixture("scenarios/bad-files");
+    const char* const kinds[] = {
+        "true",  // which leaves it missing
+        "mkdir \"$FILE\"",
+        "mkfifo \"$FILE\"",
+        "ln -s /dev/zero \"$FILE\"",
+        "ln -s \"$FILE\" \"$FILE\"",
+        "echo {} > \"$FILE\"; chmod 0 \"$FILE\"",
+        "truncate -s 2G \"$FILE\"",
+        "printf '{\"model\":\"a\\0b\\377\\300\"}\\0' > \"$FILE\"",
+        "printf '{\"tokens\":{\"access_token\":\"secret-' > \"$FILE\"",
+        "yes '[' | head -c 100000 | tr -d '\\n' > \"$FILE\"",
+        "echo '{\"intervalSeconds\":1e400,\"model\":-0,\"x\":9223372036854775808}' > \"$FILE\"",
+    };
     const auto usual = rows();
     EXPECT_EQ(usual[3]["dailyPercent"], 50);
-    for (const auto& file : lists["files"]) {
-        makeDatabase(file.value("journal", "DELETE"));
-        const auto original = home.at(file["path"]), saved = home.beside("saved");
-        home.write(file["path"].get<std::string>() + ".beside", "");  // makes the directory
-        const bool exists = fs::exists(original);
-        if (exists) fs::rename(original, saved);
-        for (const auto& kind : lists["kinds"]) {
-            SCOPED_TRACE(kind["what"].dump() + file.dump());
-            EXPECT_EQ(home.shell("FILE='" + original + "'; " + kind["make"].get<std::string>()), 0);
-            const auto begin = std::chrono::steady_clock::now();
-            auto found = rows();
-            EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
-            for (const std::size_t row : file["rows"])
-                found[row] = usual[row];
-            EXPECT_EQ(found, usual);
-            fs::remove_all(original);
+    const std::vector<std::vector<std::string>> files = {
+        {".claude/.credentials.json", ".claude/projects/-home-dev-app/session.jsonl"},
+        {".codex/auth.json", ".codex/config.toml", ".codex/sessions/2026/11/16/rollout.jsonl"},
+        {".gemini/oauth_creds.json", ".gemini/google_accounts.json", ".gemini/settings.json",
+         ".gemini/tmp/app/a.log"},
+        {".local/share/opencode/auth.json", databaseFile, std::string(databaseFile) + "-wal",
+         std::string(databaseFile) + "-journal"},
+        {".config/quillet/config.json"}};
+    for (std::size_t provider = 0; provider < files.size(); ++provider) {
+        for (const auto& file : files[provider]) {
+            makeDatabase(file.ends_with("-wal") ? "WAL" : "DELETE");
+            const auto path = home.at(file), saved = home.beside("saved");
+            home.shell("mkdir -p \"$(dirname " + file + ")\"; mv -f " + file +
+                       " ../saved 2>/dev/null");
+            for (const std::string make : kinds) {
+                SCOPED_TRACE(file + ": " + make);
+                EXPECT_EQ(home.shell("FILE='" + path + "'; " + make), 0);
+                const auto begin = std::chrono::steady_clock::now();
+                auto found = rows();
+                EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+                if (provider < 4) found[provider] = usual[provider];
+                EXPECT_EQ(found, usual);
+                fs::remove_all(path);
+            }
+            home.shell("mv -f ../saved " + file + " 2>/dev/null");
         }
-        if (exists) fs::rename(saved, original);
     }
 }
 

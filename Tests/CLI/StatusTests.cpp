@@ -12,12 +12,13 @@ TEST(Status, OddValuesGiveALineAndADocument) {
     odd.dailyPercent = odd.dailyResetAt = odd.updatedAt = NAN;
     odd.weeklyPercent = 2.021166666666667, odd.weeklyResetAt = 1e300;
     known.modelLabel = "M", known.planLabel = "Plus", known.weeklyPercent = 49.5;
+    known.weeklyResetAt = 1'800'187'230;
     failed.error = "Bad", failed.dailyPercent = 5, failed.modelLabel = "M";
     EXPECT_EQ(CLI::textReport(
                   {{Provider::codex, odd}, {Provider::claude, known}, {Provider::claude, failed}}),
               "Quillet by ZENDRIK\n"
               "Codex: High [/\x1B\xFF\xC2\xA0é] 5h — (resets now) · Wk 2% (resets —)\n"
-              "Claude: M [Plus] 5h — · Wk 50%\nClaude: Bad\n");
+              "Claude: M [Plus] 5h — · Wk 50% (resets 2d 4h)\nClaude: Bad\n");
     EXPECT_EQ(CLI::jsonReport({}), "[]\n");
     EXPECT_EQ(CLI::jsonReport({{Provider::codex, odd}}), R"([
   {
