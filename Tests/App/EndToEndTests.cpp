@@ -161,7 +161,7 @@ TEST_F(Quillet, OneBadFileSpoilsNoOtherProvider) {
     for (std::size_t provider = 0; provider < files.size(); ++provider) {
         for (const auto& file : files[provider]) {
             makeDatabase(file.ends_with("-wal") ? "WAL" : "DELETE");
-            const auto path = home.at(file), saved = home.beside("saved");
+            const auto path = home.at(file);
             home.shell("mkdir -p \"$(dirname " + file + ")\"; mv -f " + file +
                        " ../saved 2>/dev/null");
             for (const std::string make : kinds) {
