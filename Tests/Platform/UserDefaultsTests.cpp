@@ -102,6 +102,7 @@ TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
     const auto oneSave = std::chrono::steady_clock::now() - begin;
     for (int i = 0, saved = 0; saved < 30; ++i) {  // without a limit, as machines differ
         const pid_t child = fork();
+        if (child == 0) alarm(60);  // should this process die first
         for (int j = 1; child == 0; ++j)  // NOLINT(bugprone-infinite-loop): until it is killed
             UserDefaults::setTextArray("a", values[j % 2]);
         std::this_thread::sleep_for(oneSave * (i % 30) / 10);
