@@ -59,8 +59,6 @@ public:
     void presentModalStrip();
 
 private:
-    friend class AppDelegateProbe;
-
     // Refresh
     void collect(const std::vector<Provider>& providers);
     void apply(Snapshots results);
