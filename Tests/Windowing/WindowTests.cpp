@@ -1,23 +1,9 @@
 // On the offscreen platform's one screen of 800 by 800.
 #include <gtest/gtest.h>
 
-#include <QApplication>
-#include <QMouseEvent>
-
 #include "App/PointText.h"
-#include "Windowing/ClickCatcher.h"
-#include "Windowing/FloatingWindow.h"
 #include "Windowing/Popover.h"
 #include "Windowing/Screens.h"
-
-namespace {
-
-void mouse(QWidget& on, QEvent::Type type, QPointF at, Qt::MouseButton button = Qt::LeftButton) {
-    QMouseEvent event(type, on.mapFromGlobal(at), at, button, button, Qt::NoModifier);
-    QApplication::sendEvent(&on, &event);
-}
-
-}  // namespace
 
 TEST(PointText, ReadsBackWhatItWritesAndNothingElse) {
     for (const char* const text : {"{1480, -12.5}", "{0.1, 0.0000001}", "{-3000000000000000, 5}"})
@@ -57,47 +43,4 @@ TEST(Screens, LosesToAPanelOnlyWhatItCovers) {
         EXPECT_EQ(Screens::without(panel, left, {2200, 900}), restOfLeft);
         EXPECT_EQ(Screens::without(panel, right, {2200, 900}), restOfRight);
     }
-}
-
-TEST(Popover, ARightClickThatClosesItReachesTheWindowBeneathButNoCover) {
-    QWidget popup(nullptr, Qt::Popup), content;
-    content.resize(200, 40);
-    FloatingWindow bar(&content);
-    int menus = 0;
-    bar.onMenu = [&](QPoint) { ++menus; };
-    bar.show();
-    ClickCatcher cover(&popup);
-    cover.cover([](auto) {});
-    const auto press = [&](Qt::MouseButton button) {
-        mouse(cover, QEvent::MouseButtonPress, bar.geometry().center(), button);
-        EXPECT_FALSE(popup.isVisible());
-        popup.show();
-        return menus;
-    };
-    EXPECT_EQ(press(Qt::RightButton), 0) << "the popup was still to come";
-    EXPECT_EQ(press(Qt::LeftButton), 0);
-    EXPECT_EQ(press(Qt::RightButton), 1);
-}
-
-TEST(FloatingWindow, IsDraggedWithoutJumpsAndTellsOfItOnceAtTheEnd) {
-    QWidget content;
-    content.resize(256, 38);
-    FloatingWindow bar(&content);
-    int told = 0;
-    bar.onMoved = [&] { ++told; };
-    bar.show();
-    bar.setOrigin({500, 700});
-    bar.resizeKeepingOrigin({300, 50});
-    EXPECT_EQ(bar.geometry(), QRect(500, 50, 300, 50));
-    mouse(content, QEvent::MouseButtonPress, {510, 60});
-    mouse(content, QEvent::MouseButtonRelease, {510, 60});
-    EXPECT_EQ(told, 0) << "a click is no drag";
-    mouse(content, QEvent::MouseButtonPress, {510, 60});
-    for (const QPointF at : {QPointF(511, 61), QPointF(0, 300), QPointF(210.4, 310.4)})
-        mouse(content, QEvent::MouseMove, at);
-    mouse(content, QEvent::MouseButtonRelease, {210.4, 310.4});
-    EXPECT_EQ(told, 1);
-    EXPECT_EQ(PointText::format(bar.origin()), "{200, 450}");
-    bar.resize(300, 60);  // as sway does, whose minimum is 50
-    EXPECT_EQ(bar.frame().size(), QSize(300, 50)) << "taken for a change of the bar's own size";
 }
