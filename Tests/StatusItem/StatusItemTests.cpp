@@ -87,8 +87,7 @@ public:
     QDBusConnection bus = QDBusConnection("");
     const QString name = "org.kde.StatusNotifierWatcher";
     QString item;
-    bool answers = true;
-    bool takesItems = true;
+    bool answers = true, takesItems = true;
 
 private:
     QString introspect(const QString&) const override { return {}; }
@@ -131,12 +130,11 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     for (const auto& [process, points, expectedPlace] : cases) {
         host.stop();
         host.start(process);
-        const auto pictures = host.property("IconPixmap");
+        const auto icons = host.property("IconPixmap");
         for (const int scale : {1, 2}) {
             const int width = points * scale, height = 22 * scale;
-            const auto pixels = QByteArray("\xff\1\2\3").repeated(width * height);
-            EXPECT_TRUE(pictures.value(scale - 1) == QVariantList({width, height, pixels}))
-                << process;
+            const auto argb = QByteArray("\xff\1\2\3").repeated(width * height);
+            EXPECT_TRUE(icons.value(scale - 1) == QVariantList({width, height, argb})) << process;
         }
         place = QRect(1, 1, 1, 1);
         host.call("Activate", {100, 200});
@@ -175,7 +173,6 @@ TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeItOrNeverAnswers) {
         host.stop();
         host.start("waybar");
         EXPECT_TRUE(stands(item, false)) << "two items";
-        host.stop();
     }
 }
 

@@ -15,10 +15,9 @@ TEST(PointText, ReadsBackWhatItWritesAndNothingElse) {
 
 TEST(Popover, HangsAtItsAnchorWithinTheScreen) {
     const std::tuple<QRect, int, QPoint> cases[] = {
-        {{700, 0, 40, 30}, 404, {524, 30}},    {{0, 0, 20, 22}, 404, {0, 30}},
-        {{1580, 0, 20, 30}, 404, {1208, 30}},  {{700, 870, 40, 30}, 404, {524, 466}},
-        {{700, 450, 40, 46}, 404, {524, 496}}, {{700, 450, 40, 47}, 404, {524, 46}},
-        {{0, 100, 10, 10}, 1000, {0, 30}}};
+        {{0, 0, 20, 22}, 404, {0, 30}},        {{1580, 0, 20, 30}, 404, {1208, 30}},
+        {{700, 870, 40, 30}, 404, {524, 466}}, {{700, 450, 40, 46}, 404, {524, 496}},
+        {{700, 450, 40, 47}, 404, {524, 46}},  {{0, 100, 10, 10}, 1000, {0, 30}}};
     for (const auto& [anchor, height, expected] : cases)
         EXPECT_EQ(Popover::place(anchor, {392, height}, {0, 30, 1600, 870}).topLeft(), expected);
 
