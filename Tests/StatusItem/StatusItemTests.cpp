@@ -146,12 +146,11 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     host.listen("/StatusNotifierItem", "org.kde.StatusNotifierItem", "NewToolTip", newToolTip);
     auto changed = content(Qt::white);
     changed.square = [](double) { return ADD_FAILURE() << "drawn for nobody", QImage(); };
-    changed.toolTip = "<img src='/dev/zero'> & 43 %\n" + std::string(2000, 'W');
+    changed.toolTip = "<img src='/dev/zero'> &\n" + std::string(2000, 'W');
     item.setContent(changed);
     const QString told = host.property("ToolTip").value(3).toString();
     EXPECT_TRUE(newIcon.isActive() && newToolTip.isActive());
-    EXPECT_EQ(told.toStdString(),
-              "&lt;img src='/dev/zero'&gt; &amp; 43 %\n" + std::string(1000, 'W'));
+    EXPECT_EQ(told.toStdString(), "&lt;img src='/dev/zero'&gt; &amp;\n" + std::string(1000, 'W'));
 
     host.stop();
     EXPECT_TRUE(stands(item)) << "there is no other";
