@@ -12,7 +12,6 @@
 #include <QDBusMetaType>
 #include <QDBusVirtualObject>
 #include <QProcess>
-#include <QTextDocument>
 #include <QWidget>
 
 #include "StatusItem/ExportedMenu.h"
@@ -55,7 +54,6 @@ public:
         bus.registerService(name);
         EXPECT_TRUE(qWaitFor([this] { return !item.isEmpty(); }));
     }
-    void stop() { bus.unregisterService(name); }
 
     QDBusMessage call(const QString& method, const QVariantList& arguments) {
         const QStringList itemMethods{"Get", "Activate", "SecondaryActivate", "Scroll"};
@@ -128,7 +126,7 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
         {"panel-12-systray", 22, cell},       {"lxqt-panel", 22, cell},    {"kded6", 22, cell},
         {"notification-area-applet", 90, {}}, {"some-other-host", 22, {}}, {"waybar", 90, {}}};
     for (const auto& [process, points, expectedPlace] : cases) {
-        host.stop();
+        host.bus.unregisterService(host.name);
         host.start(process);
         const auto icons = host.property("IconPixmap");
         for (const int scale : {1, 2}) {
@@ -152,12 +150,12 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     EXPECT_TRUE(newIcon.isActive() && newToolTip.isActive());
     EXPECT_EQ(told.toStdString(), "&lt;img src='/dev/zero'&gt; &amp;\n" + std::string(1000, 'W'));
 
-    host.stop();
+    host.bus.unregisterService(host.name);
     EXPECT_TRUE(stands(item)) << "there is no other";
     QString toolTip;
     for (const QWidget* const window : QApplication::topLevelWidgets())
         toolTip += window->toolTip();
-    EXPECT_TRUE(toolTip.contains(told) && Qt::mightBeRichText(toolTip));
+    EXPECT_TRUE(toolTip.contains(">" + told + "<")) << "Qt would take it for plain text";
 }
 
 TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeItOrNeverAnswers) {
@@ -169,7 +167,7 @@ TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeItOrNeverAnswers) {
         item.setContent(content(Qt::white));
         EXPECT_TRUE(stands(item));
         host.*ability = true;
-        host.stop();
+        host.bus.unregisterService(host.name);
         host.start("waybar");
         EXPECT_TRUE(stands(item, false)) << "two items";
     }
@@ -208,6 +206,9 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     host.call("EventGroup", {QVariant::fromValue(QList<ExportedEvent>(10'000, click))});
     QApplication::processEvents();
     EXPECT_EQ(chosen, "FirstAddedFirstFirst") << "one of all clicks on an open menu";
+    host.call("AboutToShow", {0});
+    item->setContent(content(Qt::red, {gone}));
+    EXPECT_TRUE(qWaitFor([&] { return host.rows().size() == 1; }, 15'000)) << "closed by none";
 
     const QVariantList wrong[] = {{}, {1.5}, {"clicked", 1}, {1, "clicked", "", 0u}};
     for (const char* method :
