@@ -152,7 +152,7 @@ TEST(GoldenPictures, HostileValuesAreDrawnAtOnce) {
     const std::string words[] = {
         "", "two\nlines\r\u2028\t שלום \u202E مرحبا \xFF\xC3\xED\xA0\x80",
         std::string("\0Z\u0300\u0301\u0302\u0303 👩‍👩‍👧‍👦🏳️‍🌈", 50),
-        std::string(1'000'000, 'W')};
+        QString("Wש").repeated(300'000).toStdString()};
     for (const auto& word : words)
         for (const double number : {NAN, INFINITY, -INFINITY, -5.0F, 3e38F}) {
             const Instant start = Clock::now();
