@@ -164,9 +164,8 @@ TEST(GoldenPictures, HostileValuesAreDrawnAtOnce) {
 
 TEST(Palette, LevelsBeginAt50And80Percent) {
     constexpr Color green{0.22, 0.9, 0.45}, amber{1, 0.72, 0.2}, red{1, 0.3, 0.28};
-    for (const auto& [percent, color] :
-         {std::pair(-5.0, green), {49.9, green}, {50, amber}, {79.9, amber}, {80, red}, {1e4, red}})
-        EXPECT_EQ(Palette::level(percent), color) << percent;
+    for (const auto& [at, color] : {std::pair(49.9, green), {50, amber}, {79.9, amber}, {80, red}})
+        EXPECT_EQ(Palette::level(at), color) << at;
 }
 
 TEST(UsageGauge, LeavesOutWhatDoesNotFit) {
