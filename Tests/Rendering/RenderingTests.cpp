@@ -38,7 +38,8 @@ PanelView::Entry entry(Provider provider, bool connected, std::optional<double> 
     return {provider, snapshot};
 }
 
-/// The entries on everything that shows them. Of four, all are switched on.
+/// These entries on everything that shows them. With four of them every provider is switched on,
+/// otherwise those with a snapshot.
 QImage drawn(const Entries& entries) {
     StatusSummary::Snapshots snapshots;
     std::vector<Provider> providers;
@@ -74,6 +75,7 @@ QImage drawn(const Entries& entries) {
     return image;
 }
 
+/// All text then looks different, and what its width moves is elsewhere.
 void makeLettersTiny() {
     for (const QString& name : QDir(":/fonts").entryList()) {
         QByteArray font = QResource(":/fonts/" + name).uncompressedData();
@@ -101,8 +103,8 @@ void drawPoints(QImage& image, const QPolygon& points, QColor color, int size) {
 
 }  // namespace
 
-/// `scripts/pictures --golden` makes them anew. Where the font is of another version, text and what
-/// is placed by the width of text is not compared.
+/// `scripts/pictures --golden` makes them anew. With another version of the font, neither text nor
+/// what its width moves is compared.
 TEST(GoldenPictures, LookAsTheyDid) {
     qputenv("TZ", "XXX-3");
     const ScopedClock clock(1'800'011'100);
@@ -135,7 +137,7 @@ TEST(GoldenPictures, LookAsTheyDid) {
         before.fill(Qt::black);
         QPainter(&before).drawImage(0, 0, QImage(file));
         for (QImage* image : {&before, &after})
-            drawPoints(*image, text, Qt::black, 15);
+            drawPoints(*image, text, Qt::black, 15);  // may be 7 pixels elsewhere
         const QPolygon changes = differing(before, after, 3);
         if (changes.empty()) continue;
         drawPoints(before, changes, Qt::magenta, 1);
