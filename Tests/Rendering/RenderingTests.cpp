@@ -154,13 +154,13 @@ TEST(GoldenPictures, HostileValuesAreDrawnAtOnce) {
     const std::string words[] = {
         "", "two\nlines\r\u2028\t שלום \u202E مرحبا \xFF\xC3\xED\xA0\x80",
         std::string("\0Z\u0300\u0301\u0302\u0303 👩‍👩‍👧‍👦🏳️‍🌈", 50),
-        QString("Wש").repeated(300'000).toStdString()};
+        QString("Wש").repeated(600'000).toStdString()};
     for (const auto& word : words)
         for (const double number : {NAN, INFINITY, -INFINITY, -5.0F, 3e38F}) {
             const Instant start = Clock::now();
             drawn({entry(codex, true, number, number, word, {}, {}, number),
                    entry(claude, true, {}, {}, {}, word, word)});
-            EXPECT_LT(Clock::now() - start, 2) << word.substr(0, 99) << number;
+            EXPECT_LT(Clock::now() - start, 5) << word.substr(0, 99) << number;
         }
 }
 
