@@ -23,7 +23,7 @@
 namespace {
 
 using Entries = std::vector<PanelView::Entry>;
-using Text = std::optional<std::string>;
+using Text = const std::optional<std::string>&;
 using enum Provider::Case;
 
 PanelView::Entry entry(Provider provider, bool connected, std::optional<double> daily,
