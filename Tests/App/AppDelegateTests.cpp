@@ -36,7 +36,7 @@ protected:
         return count;
     }
     bool waitForPasses(int running) const {
-        return qWaitFor([=, this] { return threads(0) == others && threads(10) == running; });
+        return qWaitFor([=, this] { return threads(0) <= others && threads(10) == running; });
     }
     void setModel(const std::string& model) {
         EXPECT_TRUE(waitForPasses(0));  // none ends with the old one
@@ -85,7 +85,8 @@ protected:
         return text.toStdString();
     }
 
-    const int others = threads(0);
+    // ThreadSanitizer starts a thread of its own with the first.
+    const int others = (std::async(std::launch::async, [] {}).wait(), threads(0));
     TemporaryHome home;
     std::optional<AppDelegate> app;
 };
