@@ -31,6 +31,7 @@ QVariant plain(const QVariant& value) {
     QVariantList list;
     for (isArray ? argument.beginArray() : argument.beginStructure(); !argument.atEnd();)
         list << plain(argument.asVariant());
+    isArray ? argument.endArray() : argument.endStructure();
     return list;
 }
 
@@ -194,9 +195,8 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     host.call("AboutToShow", {0});
     const MenuItem added{"Added", {}, {}, choose("Added")};
     item->setContent(content(Qt::red, {added, heading, first, separator, gone}));
-    EXPECT_EQ(host.rows().size(), 4u) << "may be open";
     host.click(rows[0].first);  // nothing: a heading
-    EXPECT_TRUE(host.rows().size() == 4u && !newLayout.isActive());
+    EXPECT_TRUE(host.rows().size() == 4u && !newLayout.isActive()) << "may be open";
     host.click(rows[1].first);
     EXPECT_TRUE(host.rows().size() == 5u && newLayout.isActive()) << "a click closes it";
     host.click(host.rows()[0].first);
