@@ -41,8 +41,6 @@ public:
     static std::optional<std::string> modelIDInLog(std::string_view text);
 
 private:
-    friend class CollectorReset;
-
     static std::optional<OAuth> credentials();
     static std::optional<OAuth> readCredentials();
     static std::optional<std::string> currentModelID();

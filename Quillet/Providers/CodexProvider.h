@@ -55,8 +55,6 @@ public:
     static ModelEffort modelEffortInConfig(std::string_view text);
 
 private:
-    friend class CollectorReset;
-
     static std::optional<AuthFile> readAuth();
 
     static inline std::mutex lock;  // guards liveCache; not held during a request

@@ -13,7 +13,5 @@ public:
     UsageSnapshot collect() const;
 
 private:
-    friend class CollectorReset;
-
     static inline LastReading<std::string> lastModel;
 };

@@ -25,8 +25,6 @@ public:
     }
 
 private:
-    friend class CollectorReset;
-
     std::mutex lock;  // guards both below
     std::string keptLog;
     std::optional<Value> kept;

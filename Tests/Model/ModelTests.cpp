@@ -9,6 +9,9 @@
 #include "Tests/Support/ScopedClock.h"
 
 namespace {
+
+using Labels = std::map<std::string, std::string>;
+
 /// "Cl+ Co- Ge+ Op+ 20.0": the entries in order, "+" for an enabled one, and the interval.
 std::string summary(std::string_view text) {
     const auto config = AppConfig::decode(text);
@@ -17,6 +20,7 @@ std::string summary(std::string_view text) {
         all += std::string(provider.rawValue().substr(0, 2)) + (enabled ? "+ " : "- ");
     return all + nlohmann::json(config.intervalSeconds).dump();
 }
+
 }  // namespace
 
 TEST(AppConfig, WhatIsUnusableFallsBackAloneAndTheRestCounts) {
@@ -29,11 +33,11 @@ TEST(AppConfig, WhatIsUnusableFallsBackAloneAndTheRestCounts) {
 }
 
 TEST(ModelNaming, KnownAndUnknownNamesGiveShortLabels) {
-    for (const auto& row : fixture("tables/models"))
-        EXPECT_EQ(orNull(ModelNaming::displayModel(row[0].get<std::string>())), row[1]) << row;
-    for (const auto& row : fixture("tables/efforts"))
-        EXPECT_EQ(orNull(ModelNaming::displayEffort(row[0].get<std::string>())), row[1]) << row;
-    EXPECT_EQ(ModelNaming::displayModel("\xC3\xFF-x"), "\xC3\xFF X");
+    for (const auto& [name, label] : fixture("tables/models").get<Labels>())
+        EXPECT_EQ(ModelNaming::displayModel(name), label);
+    for (const auto& [name, label] : fixture("tables/efforts").get<Labels>())
+        EXPECT_EQ(ModelNaming::displayEffort(name), label);
+    EXPECT_FALSE(ModelNaming::displayModel("") || ModelNaming::displayEffort(""));
 }
 
 TEST(UsageFormat, NumbersRoundAndNeverOverflow) {

@@ -35,32 +35,16 @@ public:
                 "misnamed.test:443:" + address(), "mute.test:443:127.0.0.1:" + mutePort};
     }
 
-    /// Has requests for `path` answered by `reply` from now on; the keys are in
-    /// Support/https-server.
+    /// Has requests for `path` answered by `reply` from now on; Support/https-server has the keys.
     void reply(std::string path, const nlohmann::json& reply) const {
         std::ranges::replace(path, '/', '_');
         std::ofstream(directory + "/" + path) << reply;
         std::filesystem::rename(directory + "/" + path, directory + "/replies/" + path + ".json");
     }
 
-    void prepare(const nlohmann::json& step) const {
-        const auto replies = step.value("replies", nlohmann::json::object());
-        for (const auto& [path, each] : replies.items())
-            reply(path, each);
-    }
-
-    /// What has come so far; the keys are in Support/https-server.
+    /// What has come so far; Support/https-server has the keys.
     nlohmann::json seen() const {
         return nlohmann::json::parse(std::ifstream(directory + "/seen.json"));
-    }
-
-    /// What of that is not as the step says; null if all is.
-    nlohmann::json amiss(const nlohmann::json& step) const {
-        nlohmann::json different;
-        const auto all = seen();
-        for (const auto& [key, value] : all.items())
-            if (step.value(key, value) != value) different[key] = value;
-        return different;
     }
 
 private:

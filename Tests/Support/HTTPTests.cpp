@@ -4,17 +4,18 @@
 
 #include <functional>
 #include <future>
-#include <regex>
-#include <set>
 
-#include "Tests/Support/Fixture.h"
 #include "Tests/Support/HTTPSServer.h"
 
 namespace {
 
+using namespace std::string_literals;
 using nlohmann::json;
 using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::duration<double, std::milli>;
+using Seconds = std::chrono::duration<double>;
+
+const std::string host = "https://api.anthropic.com";
+const json notFound = {404, ""};
 
 /// The result as [status, body], with its length for a long body, null where it is absent.
 json fetch(const std::string& url, const HTTP::Headers& fields = {}, double timeout = 5) {
@@ -24,66 +25,164 @@ json fetch(const std::string& url, const HTTP::Headers& fields = {}, double time
     return {response->status, body.size() < 100 ? json(body) : json(body.size())};
 }
 
-class HTTPGet : public testing::TestWithParam<std::string> {
+class HTTPGet : public testing::Test {
 protected:
-    ~HTTPGet() override {
-        for (const auto& name : variables)
-            unsetenv(name.c_str());
+    /// Has later requests go to the vendors' own hosts, through this proxy.
+    void useProxy(const std::string& proxy, const std::string& certificates) const {
+        setenv("https_proxy", proxy.c_str(), 1);
+        HTTP::restart({certificates, {}});
     }
 
-    /// A scenario with the server's own address and authority in the places left for them.
-    json steps() const {
-        const auto text = std::regex_replace(scenario(GetParam()).dump(), std::regex("ADDRESS"),
-                                             server.address());
-        return json::parse(
-            std::regex_replace(text, std::regex("AUTHORITY"), server.certificates()));
-    }
-
-    void prepare(const json& step) {
-        server.prepare(step);
-        const auto environment = step.value("environment", json::object());
-        for (const auto& [name, value] : environment.items())
-            setenv(variables.insert(name).first->c_str(),
-                   value.get_ref<const std::string&>().c_str(), 1);
-        const auto standIns =
-            step.value("stand-ins", true) ? server.standIns() : std::vector<std::string>();
-        if (step.contains("certificates")) HTTP::restart({step["certificates"], standIns});
-        std::this_thread::sleep_for(Milliseconds(1000 * step.value("wait", 0.0)));
-    }
-
-    void play(const json& step) const {
-        SCOPED_TRACE(step.dump());
-        const double timeout = step.value("timeout", 5.0);
-        const auto begin = Clock::now();
-        EXPECT_EQ(
-            fetch(step["url"].get<std::string>(), step.value("fields", HTTP::Headers()), timeout),
-            step["gives"]);
-        EXPECT_LE(Milliseconds(Clock::now() - begin).count(),
-                  1000 * step.value("within", timeout + 2) + 100);
-        EXPECT_EQ(server.amiss(step), json());
+    /// Has /r answered by a redirect.
+    void redirect(const std::string& location, const json& fields = json::object()) const {
+        json reply = {{"status", 302}, {"headers", fields}};
+        reply["headers"]["Location"] = location;
+        server.reply("/r", reply);
     }
 
     const TemporaryHome home;
     const HTTPSServer server;
-    std::set<std::string> variables;
 };
 
-TEST_P(HTTPGet, Plays) {
-    for (const auto& row : steps()) {
-        const json together = row.is_array() ? row : json::array({row});
-        std::vector<std::future<void>> calls;
-        for (const auto& step : together) {
-            prepare(step);
-            calls.push_back(std::async(std::launch::async, [this, &step] { play(step); }));
-        }
+TEST_F(HTTPGet, AnyStatusIsAResultAndEachCallGetsItsOwn) {
+    std::vector<std::future<json>> calls;
+    for (int status = 200; status < 600; status += 21) {
+        const auto path = "/" + std::to_string(status);
+        server.reply(path, {{"status", status}, {"body", path}});
+        calls.push_back(std::async(std::launch::async, [path] { return fetch(host + path); }));
+    }
+    for (int i = 0; i < 20; i++)
+        EXPECT_EQ(calls[i].get(), json({200 + 21 * i, "/" + std::to_string(200 + 21 * i)}));
+    EXPECT_EQ(server.seen()["connections"], 20) << "each has a connection of its own";
+}
+
+TEST_F(HTTPGet, SendsTheGivenFieldsAndNoOthers) {
+    const HTTP::Headers fields = {
+        {"accept", "text/plain"}, {"X-A", "b: c; d"}, {"X-Empty", ""}, {"X-Blank", " \t"}};
+    EXPECT_EQ(fetch(host + "/", fields), notFound);
+    const auto sent =
+        R"([["X-A", "b: c; d"], ["X-Blank", ""], ["X-Empty", ""], ["accept", "text/plain"]])"_json;
+    EXPECT_EQ(server.seen()["sent"], sent);
+}
+
+TEST_F(HTTPGet, NothingIsSentOfWhatWouldBreakTheRequest) {
+    for (const auto& end : {"\r"s, "\n"s, "\0"s, "\r\nX-Smuggled: 1"s}) {
+        EXPECT_EQ(fetch(host + "/", {{"X-Name", "a" + end}}), json()) << end;
+        EXPECT_EQ(fetch(host + "/", {{"X-Name" + end, "a"}}), json()) << end;
+        EXPECT_EQ(fetch(host + "/a" + end), json()) << end;
+    }
+    for (const auto& url :
+         {""s, "https://"s, "https://[::1"s, host + ":99999/", "file:///etc/fstab"s,
+          "http://api.anthropic.com/"s, "http://" + server.address() + "/"})
+        EXPECT_EQ(fetch(url), json()) << url;
+    EXPECT_EQ(server.seen()["requests"], 0);
+}
+
+TEST_F(HTTPGet, TheFieldsAndTheBodyAreBounded) {
+    const std::string part(66'000, 'x');
+    const json three = {{"X-A", part}, {"X-B", part}, {"X-C", part}};
+    server.reply("/head", {{"headers", three}});
+    redirect("/head");
+    EXPECT_EQ(fetch(host + "/r"), json({200, ""}));
+    redirect("/head", {{"X-D", part}});
+    EXPECT_EQ(fetch(host + "/r"), json()) << "the fields of all replies are too many";
+    for (const int size : {64 << 20, (64 << 20) + 1}) {
+        server.reply("/body", {{"body", "x"}, {"repeat", size}});
+        EXPECT_EQ(fetch(host + "/body"), size == 64 << 20 ? json({200, size}) : json());
     }
 }
-INSTANTIATE_TEST_SUITE_P(Scenario, HTTPGet, testing::ValuesIn(scenarioNames({"http"})),
-                         [](const auto& scenario) { return scenario.param; });
 
-TEST(HTTPEnd, CallsUnderWayEndAtOnceAndLaterOnesDoNotStart) {
-    const TemporaryHome home;
-    const HTTPSServer server;
+TEST_F(HTTPGet, RedirectsStayOnHTTPSAndTheTokenOnItsHost) {
+    server.reply("/landing", {{"body", "landed"}});
+    const auto kept = R"([["Accept", "*/*"], ["Authorization", "secret"]])"_json;
+    const auto lost = R"([["Accept", "*/*"]])"_json;
+    const std::tuple<std::string, std::string, json> rows[] = {
+        {"/landing", "secret", kept},
+        {host + "/landing", "secret", kept},
+        {"https://chatgpt.com/landing", "secret", lost},
+        {"https://chatgpt.com/landing", " ", lost}};
+    for (const auto& [location, token, sent] : rows) {
+        redirect(location);
+        EXPECT_EQ(fetch(host + "/r", {{"Authorization", token}}), json({200, "landed"}));
+        EXPECT_EQ(server.seen()["sent"], sent) << location;
+    }
+    const int requests = server.seen()["requests"];
+    redirect("/r");
+    EXPECT_EQ(fetch(host + "/r"), json()) << "it never ends";
+    EXPECT_LE(server.seen()["requests"], requests + 11);
+    for (const auto& location : {"http://" + server.address() + "/landing", "file:///etc/fstab"s}) {
+        redirect(location);
+        EXPECT_EQ(fetch(host + "/r", {{"Authorization", "secret"}}), json()) << location;
+        EXPECT_EQ(server.seen()["sent"], kept) << location;
+    }
+}
+
+TEST_F(HTTPGet, AnUntrustedCertificateIsRefused) {
+    EXPECT_EQ(fetch("https://misnamed.test/"), json());
+    HTTP::restart({"/nowhere.pem", server.standIns()});
+    EXPECT_EQ(fetch(host + "/"), json());
+    for (const char* name : {"SSL_CERT_FILE", "CURL_CA_BUNDLE"})
+        setenv(name, server.certificates().c_str(), 1);
+    useProxy("http://" + server.address(), "");
+    EXPECT_EQ(fetch(host + "/"), json());
+    EXPECT_EQ(server.seen()["tunnels"], 2) << "the hashed directory, then the bundle";
+    EXPECT_EQ(server.seen()["requests"], 2);
+}
+
+TEST_F(HTTPGet, OfTheEnvironmentOnlyTheProxyCounts) {
+    const auto set = [&](const char* name, const std::string& value) {
+        setenv(name, value.c_str(), 1);
+        return fetch(host + "/");
+    };
+    for (const char* name : {"http_proxy", "ALL_PROXY", "all_proxy"})
+        EXPECT_EQ(set(name, "http://127.0.0.1:1"), notFound) << name;
+    EXPECT_EQ(set("HTTPS_PROXY", "http://127.0.0.1:1"), json());
+    EXPECT_EQ(set("no_proxy", "localhost,api.anthropic.com"), notFound);
+    EXPECT_EQ(server.seen()["tunnels"], 0);
+    unsetenv("no_proxy");
+    useProxy("http://" + server.address(), server.certificates());
+    EXPECT_EQ(fetch(host + "/"), notFound);
+    EXPECT_EQ(set("https_proxy", ""), json());
+    EXPECT_EQ(set("HTTPS_PROXY", "http://" + server.address()), notFound);
+    EXPECT_EQ(server.seen()["tunnels"], 2);
+}
+
+TEST_F(HTTPGet, ReturnsInTimeWhateverTheServerDoes) {
+    struct Row {
+        const char* path;
+        json reply;
+        double timeout, maxTime;
+        json result = {};
+    };
+    const Row rows[] = {
+        {"/silent", {{"behaviour", "silent"}}, 0.5, 1.5},
+        {"/not-at-once", {{"behaviour", "silent"}}, 0, 2},
+        {"/drips", {{"behaviour", "drip"}, {"body", "1234"}}, 0.5, 1.5},
+        {"/drips-in-time", {{"behaviour", "drip"}, {"body", "12"}}, 1.5, 3.5, {200, "12"}},
+        {"/drips-for-long", {{"behaviour", "drip"}, {"body", "123456789"}}, 1.5, 3.5},
+        {"/closes", {{"behaviour", "close"}, {"body", "1234"}}, 0.5, 0.5},
+        {"/endless", {{"behaviour", "endless"}}, 0.5, 2.5},
+        {"/late", {{"delay", 2.8}}, 0.5, 1.5}};
+    const auto play = [](const std::string& url, const Row& row) {
+        const auto begin = Clock::now();
+        EXPECT_EQ(fetch(url, {}, row.timeout), row.result) << url;
+        EXPECT_LE(Seconds(Clock::now() - begin).count(), row.maxTime + 0.1) << url;
+    };
+    std::vector<std::future<void>> calls;
+    const Row mute = {"", {}, 0.5, 1.5};
+    calls.push_back(std::async(std::launch::async, play, "https://mute.test/", mute));
+    for (const auto& row : rows) {
+        server.reply(row.path, row.reply);
+        calls.push_back(std::async(std::launch::async, play, host + row.path, row));
+    }
+    calls.clear();  // waits for them
+    EXPECT_EQ(fetch(host + "/after"), notFound);
+    server.reply("CONNECT", {{"status", 407}, {"behaviour", "endless"}});
+    useProxy("http://" + server.address(), server.certificates());
+    play(host + "/", {"", {}, 0.5, 2.5});
+}
+
+TEST_F(HTTPGet, CallsUnderWayEndAtOnceAndLaterOnesDoNotStart) {
     server.reply("/silent", {{"behaviour", "silent"}});
     const std::function<void()> endings[] = {
         [&] {
@@ -92,21 +191,20 @@ TEST(HTTPEnd, CallsUnderWayEndAtOnceAndLaterOnesDoNotStart) {
         HTTP::shutDown};
     int requests = 0;
     for (const auto& end : endings) {
-        auto call =
-            std::async(std::launch::async, [] { return fetch("https://chatgpt.com/silent"); });
+        auto call = std::async(std::launch::async, [] { return fetch(host + "/silent"); });
         while (server.seen()["requests"] == requests)
-            std::this_thread::sleep_for(Milliseconds(5));
-        std::this_thread::sleep_for(Milliseconds(400));  // libcurl has nothing more to do
+            std::this_thread::sleep_for(Seconds(0.005));
+        std::this_thread::sleep_for(Seconds(0.4));  // libcurl has nothing more to do
         const auto begin = Clock::now();
         end();
         EXPECT_EQ(call.get(), json());
-        EXPECT_LT(Milliseconds(Clock::now() - begin).count(), 300);
+        EXPECT_LT(Seconds(Clock::now() - begin).count(), 0.3);
         ++requests;
     }
-    EXPECT_EQ(fetch("https://chatgpt.com/"), json()) << "a call started after the end";
-    HTTP::restart({server.certificates(), server.standIns()});
-    EXPECT_EQ(fetch("https://chatgpt.com/"), json({404, ""}));
-    EXPECT_EQ(server.seen()["requests"], requests + 1);
+    EXPECT_EQ(fetch(host + "/"), json()) << "a call started after the end";
+    EXPECT_EQ(server.seen()["requests"], requests);
+    endings[0]();
+    EXPECT_EQ(fetch(host + "/"), notFound);
 }
 
 }  // namespace

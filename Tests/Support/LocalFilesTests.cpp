@@ -7,30 +7,6 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
-/// The entries of a directory in the order of a walk.
-std::vector<fs::path> entries(const std::string& directory) {
-    std::vector<fs::path> all;
-    for (const auto& entry : fs::directory_iterator(directory))
-        all.push_back(entry.path());
-    return all;
-}
-
-/// How many files a walk visits when something happens at the first one, of which it is told the
-/// directory.
-int countFiles(const std::function<void(const std::string&)>& atFirst) {
-    int visits = 0;
-    LocalFiles::forEachFile(
-        TemporaryHome::path(), LocalFiles::Hidden::skip, [](auto) { return true; },
-        [&](const std::string& directory, auto*, Instant) {
-            if (visits++ == 0) atFirst(directory);
-        });
-    return visits;
-}
-
-}  // namespace
-
 TEST(NewestFile, OnlyVisibleRegularFilesWithTheSuffixCount) {
     TemporaryHome home;
     const auto logs = home.at(".tool/logs/");
@@ -49,29 +25,31 @@ TEST(NewestFile, OnlyVisibleRegularFilesWithTheSuffixCount) {
 
 TEST(ForEachFile, GoesOnPastWhatIsClosedOrVanishes) {
     TemporaryHome home;
-    for (int i = 0; i < 25; i++)  // five directories of five logs each
-        home.write(std::to_string(i / 5) + "/" + std::to_string(i % 5) + ".log", "", 1000);
-    EXPECT_EQ(LocalFiles::newestFile("~/3", ".log"), entries(home.at("3")).front())
-        << "the first of equals";
-
-    const auto directories = entries(home.path());
-    const auto setMode = [&](mode_t mode) {
-        for (const int i : {0, 2, 4})
-            chmod(directories[i].c_str(), mode);
-        return seteuid(mode || getuid() ? getuid() : 65534);  // permissions don't bind root
+    for (const char* path : {"a/1", "a/2", "a/3", "a/4", "a/5", "b/1", "c/1"})
+        home.write(path, "");
+    const std::vector<fs::path> inWalk(fs::directory_iterator(home.at("a")), {});
+    int visits = 0;
+    const auto walk = [&](const std::string& below) {
+        LocalFiles::forEachFile(
+            home.at(below), LocalFiles::Hidden::skip, [](auto) { return true; },
+            [&](auto&&...) { visits++; });
+        return std::exchange(visits, 0);
     };
-    ASSERT_EQ(setMode(0), 0);
-    EXPECT_EQ(countFiles([](auto&) {}), 10);
-    ASSERT_EQ(seteuid(getuid()) + setMode(0700), 0);
-
-    const auto thin = [](const std::string& directory) {
-        const auto all = entries(directory);
-        std::for_each(all.begin() + 1, all.end() - 1, [](auto& path) { fs::remove_all(path); });
-    };
-    const int visits =
-        countFiles([&](const std::string& directory) { thin(directory), thin(home.path()); });
-    EXPECT_EQ(visits, 2 + 5)
-        << "the first and the last file of the first directory, then the last directory";
+    for (const char* closed : {"a", "b", "c"}) {
+        chmod(home.at(closed).c_str(), 0);
+        EXPECT_EQ(seteuid(getuid() ? getuid() : 65534), 0);  // permissions don't bind root
+        EXPECT_EQ(walk(""), closed[0] == 'a' ? 2 : 6) << closed;
+        EXPECT_EQ(seteuid(getuid()), 0);
+        chmod(home.at(closed).c_str(), 0755);
+    }
+    LocalFiles::forEachFile(
+        home.at("a"), LocalFiles::Hidden::skip, [](auto) { return true; },
+        [&](auto&&...) {
+            if (visits++ == 0)
+                for (const int vanishing : {1, 2, 3})
+                    fs::remove(inWalk[vanishing]);
+        });
+    EXPECT_EQ(visits, 2) << "the first and the last";
 }
 
 TEST(Tail, IsValidTextOfARegularFileFromTheCutOn) {
@@ -80,8 +58,7 @@ TEST(Tail, IsValidTextOfARegularFileFromTheCutOn) {
     for (const auto& text : {""s, "1234"s, "x1234"s, "\xFF\xE2\x80\x94x"s, "a\0b\r\n"s})
         EXPECT_EQ(LocalFiles::tail(home.write("log", text), 4),
                   text.substr(text.size() > 4 ? text.size() - 4 : 0));
-    for (const char* text :
-         {"\xE2\x80\x94xx", "xxx\xE2\x80", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+    for (const char* text : {"\xE2\x80\x94xx", "xxx\xE2\x80", "\xC0\x80", "\xED\xA0\x80"})
         EXPECT_EQ(LocalFiles::tail(home.write("log", text), 4), std::nullopt) << text;
     for (std::size_t i = 0; i < 18; i++)
         EXPECT_FALSE(
@@ -98,11 +75,11 @@ TEST(Tail, OfAnythingButARegularFileIsAbsentAtOnce) {
         fs::resize_file(path, size);
         EXPECT_EQ(RegularFile::contents(path).has_value(), size == 64 << 20);
     }
-    EXPECT_EQ(home.shell("mkfifo fifo; ln -s loop loop"), 0);
+    EXPECT_EQ(home.shell("mkfifo fifo; ln -s loop loop; ln -s /dev/zero zero"), 0);
     const int descriptor = dup(0);
     close(descriptor);
     alarm(5);  // a FIFO must not be waited for
-    for (const char* name : {"fifo", "loop", ".", "none", "../../../../../../../../dev/zero"})
+    for (const char* name : {"fifo", "loop", ".", "none", "zero"})
         EXPECT_FALSE(LocalFiles::tail(home.at(name), 100) || RegularFile::contents(home.at(name)))
             << name;
     alarm(0);
