@@ -29,15 +29,6 @@ std::string shown(const UsageSnapshot& snapshot) {
     return out.str();
 }
 
-/// The text of a file: that of each line, or as for a single line.
-std::string fileText(const json& content) {
-    if (!content.is_array()) return textIn(content);
-    std::string text;
-    for (const auto& line : content)
-        text += textIn(line) + '\n';
-    return text;
-}
-
 /// One collector against files, replies and a clock that each step changes before it collects.
 class Collector : public testing::TestWithParam<std::string> {
 protected:
@@ -46,7 +37,8 @@ protected:
             const auto item = textOf(TemporaryHome::at("keychain/" + std::string(service)));
             return item.empty() ? std::nullopt : std::optional(item);
         });
-        setenv("CHAT", FIXTURES "/gemini/chat.jsonl", 1);
+        setenv("CHAT", FIXTURES "/gemini-chat.jsonl", 1);
+        setenv("SESSION", FIXTURES "/codex-session.jsonl", 1);
         setenv("TZ", "XXX3", 1);
         tzset();
     }
@@ -57,17 +49,22 @@ protected:
         EXPECT_EQ(home.shell(step.value("run", "true")), 0);
         const auto files = step.value("files", json::object());
         for (const auto& [file, content] : files.items())
-            home.write(file, fileText(content), Clock::now() + step.value("modified", 0.0));
-        for (const char* path : {"/api/oauth/usage", "/backend-api/wham/usage"})
-            if (step.contains("reply")) server.reply(path, step["reply"]);
+            home.write(file, textIn(content), Clock::now() + step.value("modified", 0.0));
+        if (step.contains("login")) {
+            home.write(".claude/.credentials.json", json{{"claudeAiOauth", step["login"]}}.dump());
+            home.write(".codex/auth.json", json{{"tokens", step["login"]}}.dump());
+        }
+        if (step.contains("reply")) {
+            server.reply("/api/oauth/usage", step["reply"]);
+            server.reply("/backend-api/wham/usage", step["reply"]);
+        }
     }
 
     static UsageSnapshot collect() {
-        for (const Provider provider : Provider::allCases()) {
-            if (GetParam().starts_with(Text::lowercased(provider.rawValue())))
-                return Collectors::collect(provider);
-        }
-        throw std::logic_error("no collector of " + GetParam());
+        const auto all = Provider::allCases();
+        return Collectors::collect(*std::ranges::find_if(all, [](Provider provider) {
+            return GetParam().starts_with(Text::lowercased(provider.rawValue()));
+        }));
     }
 
     const TemporaryHome home;

@@ -46,7 +46,7 @@ std::string sumOf(const std::string& path) {
 
 }  // namespace
 
-TEST(OpenCodeTokens, SumWhatTheMessagesOfTheWindowSay) {
+TEST(OpenCodeTokens, SumWhatTheMessagesOfTheWindowSayEvenWhileTheToolLocksIt) {
     ScopedClock clock(1'750'000'000.0004);
     for (const auto& row : fixture("tables/opencode-messages")) {
         TemporaryHome home;
@@ -54,24 +54,9 @@ TEST(OpenCodeTokens, SumWhatTheMessagesOfTheWindowSay) {
         for (const auto& [ahead, data] : row[1].get<std::vector<std::pair<int, nlohmann::json>>>())
             sql += "INSERT INTO message VALUES (" + std::to_string(cutOff + ahead) + ", '" +
                    textIn(data) + "');";
-        const Tool tool(home.at("50%41?a#b.db"), sql);
+        const Tool tool(home.at("50%41?a#b.db"), sql + "BEGIN EXCLUSIVE");
         EXPECT_EQ(sumOf("/" + home.at("/50%41?a#b.db")), row[0]) << row;
     }
-}
-
-TEST(OpenCodeTokens, AnUnusableDatabaseIsAbsentAndNeverWaitedFor) {
-    TemporaryHome home;
-    const Tool tool(home.at("locked"), schema + "BEGIN EXCLUSIVE");
-    EXPECT_EQ(
-        home.shell(
-            "opencode-tool other 'CREATE TABLE messages (data TEXT)'; head -c 1000 other > cut;"
-            "touch empty; mkfifo fifo"),
-        0);
-    alarm(5);
-    EXPECT_EQ(sumOf(home.at("locked")), "0") << "nothing is committed";
-    for (const char* name : {"other", "cut", "empty", ".", "none", "fifo"})
-        EXPECT_EQ(sumOf(home.at(name)), "absent") << name;
-    alarm(0);
 }
 
 TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {

