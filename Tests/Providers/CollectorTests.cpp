@@ -5,6 +5,7 @@
 
 #include "Platform/Keychain.h"
 #include "Providers/Collectors.h"
+#include "Support/LocalFiles.h"
 #include "Support/Text.h"
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/HTTPSServer.h"
@@ -13,8 +14,8 @@
 namespace {
 
 using nlohmann::json;
-constexpr Instant start =
-    1'750'000'000;  // 43,600 s into the day where it is three hours earlier than in UTC
+// 43,600 s into the day where it is three hours earlier than in UTC.
+constexpr Instant start = 1'750'000'000;
 
 /// connected|plan|model|effort|daily|weekly|daily reset|weekly reset|error, "-" for what is absent.
 std::string shown(const UsageSnapshot& snapshot) {
@@ -34,11 +35,9 @@ class Collector : public testing::TestWithParam<std::string> {
 protected:
     Collector() {
         Keychain::exchangeLookup([](std::string_view service) {
-            const auto item = textOf(TemporaryHome::at("keychain/" + std::string(service)));
-            return item.empty() ? std::nullopt : std::optional(item);
+            return LocalFiles::text(TemporaryHome::at("keychain/" + std::string(service)));
         });
-        setenv("CHAT", FIXTURES "/gemini-chat.jsonl", 1);
-        setenv("SESSION", FIXTURES "/codex-session.jsonl", 1);
+        setenv("FIXTURES", FIXTURES, 1);
         setenv("TZ", "XXX3", 1);
         tzset();
     }
@@ -83,8 +82,8 @@ TEST_P(Collector, Shows) {
         for (auto& each : collects) {
             const auto snapshot = each.get();
             EXPECT_EQ(json(shown(snapshot)), step["shows"]);
-            EXPECT_EQ(snapshot.updatedAt,
-                      start + step.value("updated", snapshot.updatedAt - start));
+            const auto updated = snapshot.updatedAt - start;
+            EXPECT_EQ(updated, step.value("updated", updated));
         }
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
         const auto seen = server.seen();
