@@ -10,7 +10,7 @@
 namespace {
 
 constexpr std::int64_t cutOff = (1'750'000'000 - 18'000) * 1000LL;
-const std::string schema = "CREATE TABLE message (time_created INTEGER, data TEXT);";
+const std::string schema = "CREATE TABLE message (time_created, data);";
 
 /// OpenCode's own tool at work; it is killed with the object.
 class Tool {
@@ -65,16 +65,15 @@ TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
 #else
     constexpr long maxGrowth = 64 << 10;  // KiB
 #endif
-    const std::string rows = "INSERT INTO message(time_created, text) SELECT 9e15, ";
-    const std::string trimming = "ltrim(text, hex(zeroblob(2000000)))";
-    const std::string numbers = "'[1' || replace(hex(zeroblob(4000000)), '0', ',1') || ']'";
     const std::string hostile[] = {
         "CREATE VIEW message AS SELECT 9e15 AS time_created, '{\"tokens\": {\"input\": 1}}' AS "
         "data",
-        "CREATE TABLE message (time_created INTEGER, text TEXT, DATA TEXT AS (" + trimming + "));" +
-            rows + "hex(zeroblob(2000000))",
         "CREATE VIRTUAL TABLE message USING fts5(time_created, data)",
-        schema + "INSERT INTO message SELECT 9e15, " + numbers,
+        "CREATE TABLE message (time_created, text, DATA AS (ltrim(text, hex(zeroblob(2000000)))));"
+        "INSERT INTO message(time_created, text) SELECT 9e15, hex(zeroblob(2000000))",
+        schema +
+            "INSERT INTO message SELECT 9e15,"
+            "'[1' || replace(hex(zeroblob(4000000)), '0', ',1') || ']'",
         schema + "INSERT INTO message SELECT 9e15, '\"' || hex(zeroblob(4500000)) || '\"'"};
     for (const auto& sql : hostile) {
         TemporaryHome home;
@@ -91,15 +90,15 @@ TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
 
 TEST(OpenCodeTokens, AReadIsOfOneMomentWhileTheToolWrites) {
     TemporaryHome home;
-    const std::string input = "UPDATE message SET data = json_set(data, '$.tokens.input', ";
+    const std::string set = "UPDATE message SET data = json_set(data, '$.tokens.input', ";
     const Tool tool(
         home.at("db"),
         "PRAGMA journal_mode = WAL; PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 20;" +
             schema +
             "WITH RECURSIVE c(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM c WHERE i < 300)"
-            "INSERT INTO message SELECT 9e15, json_object('x', hex(zeroblob(450)), 'tokens',"
-            " json_object('input', iif(i = 1, 1000, 0))) FROM c",
-        "BEGIN;" + input + "0) WHERE json_extract(data, '$.tokens.input') > 0;" + input +
+            "INSERT INTO message SELECT 9e15, json_object('x', hex(zeroblob(450)),"
+            " 'tokens', json_object('input', iif(i = 1, 1000, 0))) FROM c",
+        "BEGIN;" + set + "0) WHERE json_extract(data, '$.tokens.input') > 0;" + set +
             "1000) WHERE rowid = 1 + abs(random() % 300); COMMIT");
     int known = 0;
     for (int i = 0; i < 300; ++i) {

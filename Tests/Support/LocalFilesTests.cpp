@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/RegularFile.h"
 #include "Tests/Support/TemporaryHome.h"
 
 namespace fs = std::filesystem;
@@ -56,12 +55,12 @@ TEST(Tail, IsValidTextOfARegularFileFromTheCutOn) {
     for (const auto& text : {""s, "1234"s, "x1234"s, "\xFF\xE2\x80\x94x"s, "a\0b\r\n"s})
         EXPECT_EQ(LocalFiles::tail(home.write("log", text), 4),
                   text.substr(text.size() > 4 ? text.size() - 4 : 0));
-    for (const char* text : {"\xE2\x80\x94xx", "xxx\xE2\x80", "\xC0\x80", "\xED\xA0\x80"})
+    for (const auto& text : {"\xE2\x80\x94xx"s, "xxx\xE2\x80"s, "\xC0\x80"s, "\xED\xA0\x80"s})
         EXPECT_EQ(LocalFiles::tail(home.write("log", text), 4), std::nullopt) << text;
-    for (std::size_t i = 0; i < 18; i++)
-        EXPECT_FALSE(
-            LocalFiles::tail(home.write("log", std::string(40, 'a').replace(i, 1, "\xFF")), 99))
-            << i;
+    for (std::size_t i = 0; i < 18; i++) {
+        const auto path = home.write("log", std::string(40, 'a').replace(i, 1, "\xFF"));
+        EXPECT_FALSE(LocalFiles::text(path)) << i;
+    }
 }
 
 TEST(Tail, OfAnythingButARegularFileIsAbsentAtOnce) {
@@ -77,9 +76,7 @@ TEST(Tail, OfAnythingButARegularFileIsAbsentAtOnce) {
     close(descriptor);
     alarm(5);  // a FIFO must not be waited for
     for (const char* name : {"fifo", "loop", ".", "none", "zero"})
-        EXPECT_FALSE(LocalFiles::tail(home.at(name), 100) || RegularFile::contents(home.at(name)))
-            << name;
+        EXPECT_FALSE(LocalFiles::tail(home.at(name), 9) || LocalFiles::text(home.at(name))) << name;
     alarm(0);
     EXPECT_EQ(dup(0), descriptor) << "a file is left open";
-    close(descriptor);
 }
