@@ -17,7 +17,8 @@ using nlohmann::json;
 // 43,600 s into the day where it is three hours earlier than in UTC.
 constexpr Instant start = 1'750'000'000;
 
-/// connected|plan|model|effort|daily|weekly|daily reset|weekly reset|error, "-" for what is absent.
+/// connected|error|plan|model|effort|daily|weekly|daily reset|weekly reset, "-" for what is absent
+/// and nothing for what is absent at the end.
 std::string shown(const UsageSnapshot& snapshot) {
     std::ostringstream out;
     out.precision(15);
@@ -25,9 +26,13 @@ std::string shown(const UsageSnapshot& snapshot) {
     const auto put = [&out](const auto&... values) {
         ((values ? out << '|' << *values : out << "|-"), ...);
     };
-    put(snapshot.planLabel, snapshot.modelLabel, snapshot.effortLabel, snapshot.dailyPercent,
-        snapshot.weeklyPercent, snapshot.dailyResetAt, snapshot.weeklyResetAt, snapshot.error);
-    return out.str();
+    put(snapshot.error, snapshot.planLabel, snapshot.modelLabel, snapshot.effortLabel,
+        snapshot.dailyPercent, snapshot.weeklyPercent, snapshot.dailyResetAt,
+        snapshot.weeklyResetAt);
+    std::string text = out.str();
+    while (text.ends_with("|-"))
+        text.resize(text.size() - 2);
+    return text;
 }
 
 /// One collector against files, replies and a clock that each step changes before it collects.
