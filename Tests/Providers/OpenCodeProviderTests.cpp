@@ -3,13 +3,11 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include "Tests/Support/Fixture.h"
 #include "Tests/Support/ScopedClock.h"
 #include "Tests/Support/TemporaryHome.h"
 
 namespace {
 
-constexpr std::int64_t cutOff = (1'750'000'000 - 18'000) * 1000LL;
 const std::string schema = "CREATE TABLE message (time_created, data);";
 
 /// OpenCode's own tool at work; it is killed with the object.
@@ -48,14 +46,23 @@ std::string sumOf(const std::string& path) {
 
 TEST(OpenCodeTokens, SumWhatTheMessagesOfTheWindowSayEvenWhileTheToolLocksIt) {
     ScopedClock clock(1'750'000'000.0004);
-    for (const auto& row : fixture("tables/opencode-messages")) {
+    // Milliseconds after the beginning of the window, and the message.
+    const std::pair<const char*, std::string> rows[] = {
+        {"0", R"((-1, '{"tokens": {"input": 1}}'), (-9000000, '{'))"},
+        {"338", R"((0, '{"tokens": {"input": 7}}'), (0, '{"tokens": {"output": 10}}'), (0, '[]'),
+                   (0, '{"tokens": {"input": 1, "output": 20, "reasoning": 300, "cache": 9}}'),
+                   (0, '{"role": "user"}'), (0, '{"tokens": null}'), (0, '{"tokens": 7}'))"},
+        {"absent", R"((0, '{'), (0, '{"tokens": {"input": 5}}'))"},
+        {"absent", R"((0, '{"tokens": {"input": 9223372036854775807}}'),
+                      (0, '{"tokens": {"input": 1}}'))"}};
+    for (const auto& [sum, messages] : rows) {
         TemporaryHome home;
-        auto sql = schema;
-        for (const auto& [ahead, data] : row[1].get<std::vector<std::pair<int, nlohmann::json>>>())
-            sql += "INSERT INTO message VALUES (" + std::to_string(cutOff + ahead) + ", '" +
-                   textIn(data) + "');";
-        const Tool tool(home.at("50%41?a#b.db"), sql + "BEGIN EXCLUSIVE");
-        EXPECT_EQ(sumOf("/" + home.at("/50%41?a#b.db")), row[0]) << row;
+        const auto sql = schema +
+                         "INSERT INTO message SELECT column1 + 1749982000000, column2 "
+                         "FROM (VALUES" +
+                         messages + "); BEGIN EXCLUSIVE";
+        const Tool tool(home.at("50%41?a#b.db"), sql);
+        EXPECT_EQ(sumOf("/" + home.at("/50%41?a#b.db")), sum) << messages;
     }
 }
 
@@ -66,8 +73,7 @@ TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
     constexpr long maxGrowth = 64 << 10;  // KiB
 #endif
     const std::string hostile[] = {
-        "CREATE VIEW message AS SELECT 9e15 AS time_created, '{\"tokens\": {\"input\": 1}}' AS "
-        "data",
+        "CREATE VIEW message AS SELECT 9e15 time_created, '{\"tokens\": {\"input\": 1}}' data",
         "CREATE VIRTUAL TABLE message USING fts5(time_created, data)",
         "CREATE TABLE message (time_created, text, DATA AS (ltrim(text, hex(zeroblob(2000000)))));"
         "INSERT INTO message(time_created, text) SELECT 9e15, hex(zeroblob(2000000))",
@@ -111,8 +117,7 @@ TEST(OpenCodeTokens, AReadIsOfOneMomentWhileTheToolWrites) {
 
 TEST(OpenCodeTokens, AWriteAheadLogIsReadAndNoFileIsTouched) {
     ScopedClock clock(1'750'000'000);
-    const auto sql =
-        textOf(FIXTURES "/opencode-log.sql");  // 7 tokens in the database, 1 in its log
+    const auto sql = textOf(FIXTURES "/opencode-log.sql");  // 7 tokens and, in its log, 1
     const std::pair<const char*, const char*> crashes[] = {
         {"true", "8"},
         {"chown 1:1 db db-wal db-shm 2>&1 || true", "8"},

@@ -27,9 +27,9 @@ json fetch(const std::string& url, const HTTP::Headers& fields = {}, double time
 
 class HTTPGet : public testing::Test {
 protected:
-    /// Has later requests go to the vendors' own hosts, through this proxy.
-    void useProxy(const std::string& proxy, const std::string& certificates) const {
-        setenv("https_proxy", proxy.c_str(), 1);
+    /// Has later requests take the server for a proxy and trust these certificates.
+    void useProxy(const std::string& certificates) const {
+        setenv("https_proxy", ("http://" + server.address()).c_str(), 1);
         HTTP::restart({certificates, {}});
     }
 
@@ -114,7 +114,7 @@ TEST_F(HTTPGet, AnUntrustedCertificateIsRefused) {
     EXPECT_EQ(fetch("https://misnamed.test/"), json());
     for (const char* name : {"SSL_CERT_FILE", "CURL_CA_BUNDLE"})
         setenv(name, server.certificates().c_str(), 1);
-    useProxy("http://" + server.address(), "");
+    useProxy("");
     EXPECT_EQ(fetch(host + "/"), json());
     EXPECT_EQ(server.seen()["tunnels"], 2) << "the hashed directory, then the bundle";
 }
@@ -130,7 +130,7 @@ TEST_F(HTTPGet, OfTheEnvironmentOnlyTheProxyCounts) {
     EXPECT_EQ(set("no_proxy", "localhost,api.anthropic.com"), notFound);
     EXPECT_EQ(server.seen()["tunnels"], 0);
     unsetenv("no_proxy");
-    useProxy("http://" + server.address(), server.certificates());
+    useProxy(server.certificates());
     EXPECT_EQ(fetch(host + "/"), notFound);
     EXPECT_EQ(set("https_proxy", ""), json());
     EXPECT_EQ(set("HTTPS_PROXY", "http://" + server.address()), notFound);
@@ -157,7 +157,7 @@ TEST_F(HTTPGet, ReturnsInTimeWhateverTheServerDoes) {
     }
     calls.clear();  // waits for them
     server.reply("CONNECT", {{"status", 407}, {"behaviour", "endless"}});
-    useProxy("http://" + server.address(), server.certificates());
+    useProxy(server.certificates());
     play(host + "/", 0.5, 2.6, {});
 }
 
