@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <future>
 
 #include "Tests/Support/HTTPSServer.h"
@@ -44,37 +43,14 @@ protected:
     const HTTPSServer server;
 };
 
-TEST_F(HTTPGet, AnyStatusIsAResultAndEachCallGetsItsOwn) {
-    std::vector<std::future<json>> calls;
-    for (int status = 200; status < 600; status += 21) {
-        const auto path = "/" + std::to_string(status);
-        server.reply(path, {{"status", status}, {"body", path}});
-        calls.push_back(std::async(std::launch::async, [path] { return fetch(host + path); }));
-    }
-    for (int i = 0; i < 20; i++)
-        EXPECT_EQ(calls[i].get(), json({200 + 21 * i, "/" + std::to_string(200 + 21 * i)}));
-    EXPECT_EQ(server.seen()["connections"], 20) << "each has a connection of its own";
-}
-
-TEST_F(HTTPGet, SendsTheGivenFieldsAndNoOthers) {
-    const HTTP::Headers fields = {
-        {"accept", "text/plain"}, {"X-A", "b: c; d"}, {"X-Empty", ""}, {"X-Blank", " \t"}};
-    EXPECT_EQ(fetch(host + "/", fields), notFound);
-    EXPECT_EQ(server.seen()["sent"].dump(),
-              R"([["X-A","b: c; d"],["X-Blank",""],["X-Empty",""],["accept","text/plain"]])");
-}
-
-TEST_F(HTTPGet, NothingIsSentOfWhatWouldBreakTheRequest) {
+TEST_F(HTTPGet, AFieldThatWouldBreakTheRequestIsNotSent) {
     for (const auto& end : {"\r"s, "\n"s, "\0"s, "\r\nX-Smuggled: 1"s}) {
-        EXPECT_EQ(fetch(host + "/", {{"X-Name", "a" + end}}), json()) << end;
-        EXPECT_EQ(fetch(host + "/", {{"X-Name" + end, "a"}}), json()) << end;
+        EXPECT_EQ(fetch(host + "/", {{"Authorization", "secret" + end}}), json()) << end;
         EXPECT_EQ(fetch(host + "/a" + end), json()) << end;
     }
-    for (const auto& url :
-         {""s, "https://"s, "https://[::1"s, host + ":99999/", "file:///etc/fstab"s,
-          "http://api.anthropic.com/"s, "http://" + server.address() + "/"})
-        EXPECT_EQ(fetch(url), json()) << url;
     EXPECT_EQ(server.seen()["requests"], 0);
+    EXPECT_EQ(fetch(host + "/", {{"accept", "text/plain"}, {"X-Blank", " "}}), notFound);
+    EXPECT_EQ(server.seen()["sent"].dump(), R"([["X-Blank",""],["accept","text/plain"]])");
 }
 
 TEST_F(HTTPGet, TheFieldsAndTheBodyAreBounded) {
@@ -163,24 +139,16 @@ TEST_F(HTTPGet, ReturnsInTimeWhateverTheServerDoes) {
 
 TEST_F(HTTPGet, CallsUnderWayEndAtOnceAndLaterOnesDoNotStart) {
     server.reply("/silent", {{"behaviour", "silent"}});
-    const auto restart = [&] { HTTP::restart({server.certificates(), server.standIns()}); };
-    int requests = 0;
-    for (const auto& end :
-         {std::function<void()>(restart), std::function<void()>(HTTP::shutDown)}) {
-        auto call = std::async(std::launch::async, [] { return fetch(host + "/silent"); });
-        while (server.seen()["requests"] == requests)
-            std::this_thread::sleep_for(Seconds(0.005));
-        std::this_thread::sleep_for(Seconds(0.4));  // libcurl has nothing more to do
-        const auto begin = Clock::now();
-        end();
-        EXPECT_EQ(call.get(), json());
-        EXPECT_LT(Seconds(Clock::now() - begin).count(), 0.3);
-        ++requests;
-    }
-    EXPECT_EQ(fetch(host + "/"), json()) << "a call started after the end";
-    EXPECT_EQ(server.seen()["requests"], requests);
-    restart();
-    EXPECT_EQ(fetch(host + "/"), notFound);
+    auto call = std::async(std::launch::async, [] { return fetch(host + "/silent"); });
+    while (server.seen()["requests"] == 0)
+        std::this_thread::sleep_for(Seconds(0.005));
+    std::this_thread::sleep_for(Seconds(0.4));  // libcurl has nothing more to do
+    const auto begin = Clock::now();
+    HTTP::shutDown();
+    EXPECT_EQ(call.get(), json());
+    EXPECT_LT(Seconds(Clock::now() - begin).count(), 0.3);
+    EXPECT_EQ(fetch(host + "/"), json());
+    EXPECT_EQ(server.seen()["requests"], 1);
 }
 
 }  // namespace
