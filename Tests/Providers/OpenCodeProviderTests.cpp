@@ -75,8 +75,8 @@ TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
     const std::string hostile[] = {
         "CREATE VIEW message AS SELECT 9e15 time_created, '{\"tokens\": {\"input\": 1}}' data",
         "CREATE VIRTUAL TABLE message USING fts5(time_created, data)",
-        "CREATE TABLE message (time_created, text, DATA AS (ltrim(text, hex(zeroblob(2000000)))));"
-        "INSERT INTO message(time_created, text) SELECT 9e15, hex(zeroblob(2000000))",
+        "CREATE TABLE message (time_created, text, DATA AS (text));"
+        "INSERT INTO message(time_created, text) SELECT 9e15, 1",
         schema +
             "INSERT INTO message SELECT 9e15,"
             "'[1' || replace(hex(zeroblob(4000000)), '0', ',1') || ']'",
