@@ -79,7 +79,7 @@ TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
         "INSERT INTO message(time_created, text) SELECT 9e15, 1",
         schema +
             "INSERT INTO message SELECT 9e15,"
-            "'[1' || replace(hex(zeroblob(4000000)), '0', ',1') || ']'",
+            "'[1' || replace(hex(zeroblob(1900000)), '0', ',1') || ']'",
         schema + "INSERT INTO message SELECT 9e15, '\"' || hex(zeroblob(4500000)) || '\"'"};
     for (const auto& sql : hostile) {
         TemporaryHome home;

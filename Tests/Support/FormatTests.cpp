@@ -9,7 +9,6 @@ TEST(ISO8601, OnlyWholeDateTimesOfYearsThatCanBeSpelt) {
     for (const char* text : {"2023-02-29T00:00:00Z", "2025-06-01T24:00:01Z", "2025-06-01T12:00:00",
                              "2025-06-01T12:00:00.Z", "2025-06-01T12:00:+1Z"})
         EXPECT_FALSE(ISO8601::parse(text)) << text;
-    EXPECT_EQ(ISO8601::format(-0.5), "1969-12-31T23:59:59Z");
     EXPECT_FALSE(ISO8601::format(253402300800) || ISO8601::format(-62167219201));
 }
 
