@@ -6,13 +6,11 @@ runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nl
 desktopPackages=("${runPackages[@]}" qt6-base-dev qt6-svg-dev libgl-dev libxcb1-dev
     libfontconfig-dev fonts-inter)
 screenPackages=(dbus-daemon xvfb openbox xdotool x11-utils x11-xserver-utils imagemagick xterm
-    "trayer?" xfce4-panel)
+    xrestop "trayer?" xfce4-panel sway waybar xwayland grim util-linux)
 testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl
     "${screenPackages[@]}")
 demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
-tryPackages=("${demoPackages[@]}" "${screenPackages[@]}" mate-panel tint2 sway waybar xwayland grim)
-tryPlasmaPackages=("${tryPackages[@]}" plasma-desktop kwin-x11 breeze fonts-noto-core)
-soakPackages=("${demoPackages[@]}" "${screenPackages[@]}" xrestop)
+tryPackages=("${demoPackages[@]}" "${screenPackages[@]}")
 benchPackages=("${desktopPackages[@]}" python3 openssl sqlite3 curl findutils grep xvfb dbus-daemon
     "trayer?" util-linux)
 fuzzPackages=("${runPackages[@]}" clang libclang-rt-dev)
@@ -26,13 +24,11 @@ formatPackages=(clang-format)
 # The programs that must then be on the search path.
 runPrograms=(c++ cmake ninja)
 desktopPrograms=("${runPrograms[@]}")
-screenPrograms=(dbus-daemon Xvfb openbox xdotool xprop xwininfo xrandr xsetroot import xterm
-    xfce4-panel)
+screenPrograms=(dbus-daemon Xvfb openbox xdotool xprop xwininfo xrandr xsetroot import convert xterm
+    xrestop xfce4-panel sway waybar Xwayland grim unshare)
 testPrograms=("${runPrograms[@]}" python3 openssl "${screenPrograms[@]}")
 demoPrograms=("${runPrograms[@]}" python3 openssl unshare mount)
-tryPrograms=("${demoPrograms[@]}" "${screenPrograms[@]}" mate-panel tint2 sway waybar Xwayland grim)
-tryPlasmaPrograms=("${tryPrograms[@]}" plasmashell kwin_x11 kded6)
-soakPrograms=("${demoPrograms[@]}" "${screenPrograms[@]}" xev xrestop)
+tryPrograms=("${demoPrograms[@]}" "${screenPrograms[@]}")
 benchPrograms=("${runPrograms[@]}" python3 openssl sqlite3 curl find grep Xvfb dbus-daemon unshare)
 fuzzPrograms=("${runPrograms[@]}" clang++)
 packagePrograms=("${desktopPrograms[@]}" cpack dpkg-shlibdeps file gzip)
