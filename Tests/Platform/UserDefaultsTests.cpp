@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <thread>
@@ -15,6 +16,10 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 constexpr auto file = ".config/quillet/defaults.json";
+
+json stored() {
+    return json::parse(textOf(TemporaryHome::at(file)));
+}
 
 std::ptrdiff_t filesIn(const std::string& directory) {
     return std::distance(fs::directory_iterator(TemporaryHome::at(directory)), {});
@@ -29,14 +34,14 @@ TEST(UserDefaults, AValueOfAnotherTypeIsAbsentAndAWriteLosesNothing) {
         {R"({"a":["x",1],"b":"old"})", {}, "none"},
         {R"({"a":"x"})", {}, "x"},
         {R"({"a":{"0":"x"},"A":["x"]})", {}, "none"}};
-    for (const auto& [stored, array, text] : cases) {
-        TemporaryHome::write(file, stored);
-        EXPECT_EQ(UserDefaults::textArray("a"), array) << stored;
-        EXPECT_EQ(UserDefaults::text("a").value_or("none"), text) << stored;
+    for (const auto& [written, array, text] : cases) {
+        TemporaryHome::write(file, written);
+        EXPECT_EQ(UserDefaults::textArray("a"), array) << written;
+        EXPECT_EQ(UserDefaults::text("a").value_or("none"), text) << written;
         UserDefaults::setText("b", "x");
-        auto expected = json::parse(stored);
+        auto expected = json::parse(written);
         expected["b"] = "x";
-        EXPECT_EQ(json::parse(textOf(TemporaryHome::at(file))), expected);
+        EXPECT_EQ(stored(), expected);
     }
     UserDefaults::setTextArray("a", {"é", "\xFF"});
     EXPECT_EQ(UserDefaults::textArray("a"), (std::vector<std::string>{"é", "\uFFFD"}));
@@ -54,7 +59,7 @@ TEST(UserDefaults, EveryUnreadableFileIsSetAsideUnderANameOfItsOwn) {
         UserDefaults::setText("b", "x");
         const auto aside = count++ ? ".unreadable-" + std::to_string(count) : ".unreadable";
         EXPECT_TRUE(textOf(TemporaryHome::at(file) + aside) == text) << text.substr(0, 9);
-        EXPECT_EQ(json::parse(textOf(TemporaryHome::at(file))), (json{{"b", "x"}}));
+        EXPECT_EQ(stored(), (json{{"b", "x"}}));
     }
 }
 
@@ -70,12 +75,11 @@ TEST(UserDefaults, ALinkStaysAndAnotherUsersFileBehindItIsLeftAlone) {
     };
     for (const char* key : {"a", "b"})  // a file yet to be made, then made
         EXPECT_TRUE(savedThrough("../../dotfiles/quillet.json", key));
-    EXPECT_EQ(json::parse(textOf(TemporaryHome::at("dotfiles/quillet.json"))),
-              (json{{"a", "x"}, {"b", "x"}}));
+    EXPECT_EQ(stored(), (json{{"a", "x"}, {"b", "x"}}));
     EXPECT_EQ(filesIn("dotfiles"), 1);
     EXPECT_FALSE(savedThrough("../../fifo", "c"));
     EXPECT_TRUE(fs::is_fifo(TemporaryHome::at("fifo")));
-    EXPECT_EQ(json::parse(textOf(path)), (json{{"c", "x"}}));
+    EXPECT_EQ(stored(), (json{{"c", "x"}}));
     if (chown(theirs.c_str(), 65534, 65534) != 0) GTEST_SKIP() << "needs root";
     EXPECT_TRUE(savedThrough("../../theirs", "d"));
     EXPECT_EQ(textOf(theirs), "{}");
@@ -89,8 +93,7 @@ TEST(UserDefaults, WhatCannotBeSavedHoldsAndIsSavedLater) {
     EXPECT_EQ(UserDefaults::text("first"), "1");
     fs::remove(TemporaryHome::at(".config"));
     UserDefaults::setText("second", "2");
-    EXPECT_EQ(json::parse(textOf(TemporaryHome::at(file))),
-              (json{{"first", "1"}, {"second", "2"}}));
+    EXPECT_EQ(stored(), (json{{"first", "1"}, {"second", "2"}}));
 }
 
 TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
@@ -102,7 +105,7 @@ TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
     const auto oneSave = std::chrono::steady_clock::now() - begin;
     for (int i = 0, saved = 0; saved < 30; ++i) {  // without a limit, as machines differ
         const pid_t child = fork();
-        if (child == 0) alarm(60);  // should this process die first
+        if (child == 0) alarm(60);        // should this process die first
         for (int j = 1; child == 0; ++j)  // NOLINT(bugprone-infinite-loop): until it is killed
             UserDefaults::setTextArray("a", values[j % 2]);
         std::this_thread::sleep_for(oneSave * (i % 30) / 10);

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cmath>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -20,19 +19,15 @@ inline std::string textOf(const std::string& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// A home directory that is empty when the object begins and gone when it ends. One place for the
-/// whole process, because the program looks some paths up once.
+/// A home directory that is empty when the object begins. One place for the whole process, because
+/// the program looks some paths up once.
 class TemporaryHome {
 public:
-    TemporaryHome() : previous(HomeDirectory::exchangeOverride(path())) {
+    TemporaryHome() {
+        HomeDirectory::exchangeOverride(path());
         std::filesystem::remove_all(path());
         std::filesystem::create_directories(path());
     }
-    ~TemporaryHome() {
-        HomeDirectory::exchangeOverride(previous);
-        std::filesystem::remove_all(path());
-    }
-    TemporaryHome(const TemporaryHome&) = delete;
 
     static std::string path() { return beside("home"); }
     static std::string at(const std::string& relative) { return path() + "/" + relative; }
@@ -58,10 +53,9 @@ public:
         const std::filesystem::path file = at(relative);
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << text;
-        const double second = std::floor(modifiedAt.value_or(0));
-        const timespec time{time_t(second), long((modifiedAt.value_or(0) - second) * 1e9)};
-        const timespec times[] = {time, time};
-        if (modifiedAt) utimensat(AT_FDCWD, file.c_str(), times, 0);
+        using namespace std::chrono;
+        const nanoseconds time(std::int64_t(modifiedAt.value_or(0) * 1e9));
+        if (modifiedAt) last_write_time(file, file_clock::from_sys(sys_time<nanoseconds>(time)));
         return file;
     }
 
@@ -75,7 +69,4 @@ public:
         shell("find . -printf '%p %i %M %U %G %T@ %C@ %l\\n' | sort > ../tree");
         return textOf(beside("tree"));
     }
-
-private:
-    std::string previous;
 };
