@@ -80,50 +80,44 @@ void handleEventsFor(int milliseconds) {
     loop.exec();
 }
 
+/// Each round has figures of its own, so that no glow comes from the round before.
+AppDelegate::Snapshots figures(int round) {
+    AppDelegate::Snapshots results;
+    for (const Provider provider : Provider::allCases()) {
+        UsageSnapshot snapshot(provider);
+        snapshot.connected = true;
+        snapshot.planLabel = "Max";
+        snapshot.modelLabel = "Opus 4.7";
+        snapshot.effortLabel = "High";
+        snapshot.dailyPercent = (round * 37 + 23 * static_cast<int>(results.size())) % 101;
+        snapshot.weeklyPercent = (round * 53 + 31 * static_cast<int>(results.size())) % 101;
+        snapshot.dailyResetAt = Clock::now() + 60 * (round % 300);
+        snapshot.weeklyResetAt = Clock::now() + 600 * round;
+        results.insert_or_assign(provider, std::move(snapshot));
+    }
+    return results;
+}
+
+void show(AppDelegate& delegate) {
+    delegate.applicationDidFinishLaunching();
+    delegate.setSurface(DisplaySurface::floatingBar, true);
+    handleEventsFor(cornerDelay);
+    delegate.apply(figures(0));
+    delegate.showPopover();
+    handleEventsFor(500);
+}
+
+/// Whether the floating bar, the Touch Bar, the panel and the status item are among them.
+bool areAllIn(const std::set<const QObject*>& widgets) {
+    const auto count = [&widgets](const std::type_info& kind) {
+        return std::ranges::count_if(widgets,
+                                     [&kind](auto* widget) { return typeid(*widget) == kind; });
+    };
+    return count(typeid(StripView)) == 2 && count(typeid(PanelView)) == 1 &&
+           count(typeid(CornerItem)) == 1;
+}
+
 }  // namespace
-
-class AppDelegateProbe {
-public:
-    void show() {
-        delegate.applicationDidFinishLaunching();
-        delegate.setSurface(DisplaySurface::floatingBar, true);
-        handleEventsFor(cornerDelay);
-        apply(0);
-        delegate.showPopover();
-        handleEventsFor(500);
-    }
-
-    /// Each round has figures of its own, so that no glow comes from the round before.
-    void apply(int round) {
-        AppDelegate::Snapshots results;
-        for (const Provider provider : Provider::allCases()) {
-            UsageSnapshot snapshot(provider);
-            snapshot.connected = true;
-            snapshot.planLabel = "Max";
-            snapshot.modelLabel = "Opus 4.7";
-            snapshot.effortLabel = "High";
-            snapshot.dailyPercent = (round * 37 + 23 * static_cast<int>(results.size())) % 101;
-            snapshot.weeklyPercent = (round * 53 + 31 * static_cast<int>(results.size())) % 101;
-            snapshot.dailyResetAt = Clock::now() + 60 * (round % 300);
-            snapshot.weeklyResetAt = Clock::now() + 600 * round;
-            results.insert_or_assign(provider, std::move(snapshot));
-        }
-        delegate.apply(std::move(results));
-    }
-
-    /// Whether the floating bar, the Touch Bar, the panel and the status item are among them.
-    bool allIn(const std::set<const QObject*>& widgets) const {
-        const auto isItem = [](const QObject* widget) {
-            return typeid(*widget) == typeid(CornerItem);
-        };
-        return widgets.contains(&delegate.floatingStrip) &&
-               widgets.contains(&delegate.touchStrip) && widgets.contains(&delegate.panelView) &&
-               std::ranges::any_of(widgets, isItem);
-    }
-
-private:
-    AppDelegate delegate;
-};
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -133,8 +127,8 @@ int main(int argc, char** argv) {
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     const QApplication application(argc, argv);
     provideTouchBar();
-    AppDelegateProbe probe;
-    probe.show();
+    AppDelegate delegate;
+    show(delegate);
 
     Painted painted;
     Times held;
@@ -142,12 +136,12 @@ int main(int argc, char** argv) {
     for (int round = 1; round <= rounds; ++round) {
         painted.widgets.clear();
         const auto [wall, processor] = timed([&] {
-            probe.apply(round);
+            delegate.apply(figures(round));
             QApplication::processEvents();
         });
         held.push_back(wall);
         busy.push_back(processor);
-        if (!probe.allIn(painted.widgets)) return 1;
+        if (!areAllIn(painted.widgets)) return 1;
     }
     printCases("held", held);
     printCases("CPU time", busy);

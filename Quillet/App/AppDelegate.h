@@ -42,6 +42,9 @@ public:
     /// one of them ends. Does nothing where the system has no thread for it.
     void refresh();
 
+    /// Shows the figures of a finished collection, in place of all that were shown.
+    void apply(Snapshots results);
+
     static std::vector<Provider> enabledProviders();  ///< The shown ones, in the fixed order.
     static bool isProviderVisible(Provider provider);
     static bool hasPhysicalTouchBar();
@@ -61,7 +64,6 @@ public:
 private:
     // Refresh
     void collect(const std::vector<Provider>& providers);
-    void apply(Snapshots results);
     std::optional<UsageSnapshot> snapshot(Provider provider) const;
     std::vector<StripView::Entry> stripEntries() const;
     std::vector<PanelView::Entry> panelEntries() const;
