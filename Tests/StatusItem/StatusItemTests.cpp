@@ -27,11 +27,10 @@ QVariant plain(const QVariant& value) {
     if (value.userType() != qMetaTypeId<QDBusArgument>()) return value;
     const auto argument = value.value<QDBusArgument>();
     if (argument.currentType() == QDBusArgument::MapType) return qdbus_cast<QVariantMap>(argument);
-    const bool isArray = argument.currentType() == QDBusArgument::ArrayType;
     QVariantList list;
-    for (isArray ? argument.beginArray() : argument.beginStructure(); !argument.atEnd();)
+    for (argument.beginStructure(); !argument.atEnd();)  // begins arrays as well
         list << plain(argument.asVariant());
-    isArray ? argument.endArray() : argument.endStructure();
+    argument.endStructure();
     return list;
 }
 
@@ -44,16 +43,14 @@ public:
         bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "host");
         bus.registerVirtualObject("/StatusNotifierWatcher", this);
     }
-    ~Host() override {
-        daemon.kill();
-        daemon.waitForFinished();
-    }
 
     void start(const char* process) {
         prctl(PR_SET_NAME, process);
         item.clear();
         bus.registerService(name);
         EXPECT_TRUE(qWaitFor([this] { return !item.isEmpty(); }));
+        for (const char* change : {"NewIcon", "NewToolTip", "LayoutUpdated"})
+            bus.connect(item, {}, {}, change, &changes[change], SLOT(start()));
     }
 
     QDBusMessage call(const QString& method, const QVariantList& arguments) {
@@ -62,10 +59,6 @@ public:
         auto message = QDBusMessage::createMethodCall(item, path, {}, method);
         message.setArguments(arguments);
         return bus.call(message, QDBus::BlockWithGui);
-    }
-    /// A timer starts when the item or its menu tells of a change.
-    void listen(const char* path, const char* interface, const char* change, QTimer& heard) {
-        bus.connect(item, path, interface, change, &heard, SLOT(start()));
     }
     QVariantList property(const char* property) {
         return plain(call("Get", {"", property}).arguments().value(0)).toList();
@@ -87,6 +80,8 @@ public:
     const QString name = "org.kde.StatusNotifierWatcher";
     QString item;
     bool answers = true, takesItems = true;
+    /// Timers that start when the item or its menu tells of a change.
+    std::map<std::string, QTimer> changes;
 
 private:
     QString introspect(const QString&) const override { return {}; }
@@ -102,14 +97,13 @@ private:
 };
 
 StatusContent content(QColor color, MenuItems menu = {}) {
-    const auto filled = [color](int width) {
-        return [color, width](double scale) {
-            QImage image(QSize(width, 22) * scale, QImage::Format_ARGB32);
-            image.fill(color);
-            return image;
-        };
+    const auto filled = [color](int width, double scale) {
+        QImage image(QSize(width, 22) * scale, QImage::Format_ARGB32);
+        image.fill(color);
+        return image;
     };
-    return {filled(90), filled(22), "Claude 42 %", std::move(menu)};
+    return {std::bind_front(filled, 90), std::bind_front(filled, 22), "Claude 42 %",
+            std::move(menu)};
 }
 
 bool stands(const StatusItem& item, bool expected = true, int milliseconds = 6000) {
@@ -140,23 +134,18 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
         EXPECT_EQ(place, expectedPlace) << process;
     }
 
-    QTimer newIcon, newToolTip;
-    host.listen("/StatusNotifierItem", "org.kde.StatusNotifierItem", "NewIcon", newIcon);
-    host.listen("/StatusNotifierItem", "org.kde.StatusNotifierItem", "NewToolTip", newToolTip);
     auto changed = content(Qt::white);
     changed.square = [](double) { return ADD_FAILURE() << "drawn for nobody", QImage(); };
     changed.toolTip = "<img src='/dev/zero'> &\n" + std::string(2000, 'W');
     item.setContent(changed);
     const QString told = host.property("ToolTip").value(3).toString();
-    EXPECT_TRUE(newIcon.isActive() && newToolTip.isActive());
+    EXPECT_TRUE(host.changes["NewIcon"].isActive() && host.changes["NewToolTip"].isActive());
     EXPECT_EQ(told.toStdString(), "&lt;img src='/dev/zero'&gt; &amp;\n" + std::string(1000, 'W'));
 
     host.bus.unregisterService(host.name);
     EXPECT_TRUE(stands(item)) << "there is no other";
-    QString toolTip;
-    for (const QWidget* const window : QApplication::topLevelWidgets())
-        toolTip += window->toolTip();
-    EXPECT_TRUE(toolTip.contains(">" + told + "<")) << "Qt would take it for plain text";
+    const auto* const corner = QApplication::topLevelAt(item.geometry().value().center());
+    EXPECT_TRUE(corner->toolTip().contains(">" + told + "<")) << "Qt would take it for plain text";
 }
 
 TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeItOrNeverAnswers) {
@@ -190,8 +179,7 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     EXPECT_EQ(rows[1].second["toggle-state"], 1);
     EXPECT_EQ(rows[2].second["type"], "separator");
 
-    QTimer newLayout;
-    host.listen("/MenuBar", "com.canonical.dbusmenu", "LayoutUpdated", newLayout);
+    auto& newLayout = host.changes["LayoutUpdated"];
     host.call("AboutToShow", {0});
     const MenuItem added{"Added", {}, {}, choose("Added")};
     item->setContent(content(Qt::red, {added, heading, first, separator, gone}));
