@@ -10,8 +10,7 @@ TEST(Pictures, ArePutWholeWhereTheyAreAskedForAndLookAlikeEverywhere) {
     EXPECT_EQ(textOf(out), R"(wrote /tmp/quillet-preview.png 00 00 07 34 00 00 00 3c 08 06
 wrote /tmp/quillet-panel.png 00 00 03 10 00 00 03 28 08 06
 wrote /tmp/quillet-menubar.png 00 00 01 a6 00 00 00 30 08 06
-wrote --json
 quillet: the desktop half is not installed
-.: --json 1 after copy folder found menubar.png panel.png preview.png folder:
+.: after copy folder found menubar.png panel.png preview.png folder:
 )");
 }

@@ -123,12 +123,13 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
     for (const auto& [process, points, expectedPlace] : cases) {
         host.bus.unregisterService(host.name);
         host.start(process);
-        const auto icons = host.property("IconPixmap");
-        for (const int scale : {1, 2}) {
-            const int width = points * scale, height = 22 * scale;
+        QVariantList icons;
+        for (const int width : {points, 2 * points}) {
+            const int height = width / points * 22;
             const auto argb = QByteArray("\xff\1\2\3").repeated(width * height);
-            EXPECT_TRUE(icons.value(scale - 1) == QVariantList({width, height, argb})) << process;
+            icons << QVariant(QVariantList{width, height, argb});
         }
+        EXPECT_EQ(host.property("IconPixmap"), icons) << process;
         place = QRect(1, 1, 1, 1);
         host.call("Activate", {100, 200});
         EXPECT_EQ(place, expectedPlace) << process;
