@@ -67,13 +67,10 @@ public:
         call("Event", {id, "clicked", QVariant::fromValue(QDBusVariant("")), 0u});
         QApplication::processEvents();
     }
-    /// The menu's rows: the id and the properties of each.
-    std::vector<std::pair<int, QVariantMap>> rows() {
+    /// The menu's rows: the id, the properties and no rows of each.
+    QVariantList rows() {
         const auto layout = call("GetLayout", {0, -1, QStringList()}).arguments().value(1);
-        std::vector<std::pair<int, QVariantMap>> rows;
-        for (const QVariant& row : plain(layout).toList().value(2).toList())
-            rows.emplace_back(row.toList()[0].toInt(), row.toList()[1].toMap());
-        return rows;
+        return plain(layout).toList().value(2).toList();
     }
 
     QDBusConnection bus = QDBusConnection("");
@@ -173,25 +170,26 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
         separator, gone{"Gone", {}, {}, [&] { item.reset(); }};
     item->setContent(content(Qt::red, {heading, first, separator, gone}));
     host.start("waybar");
-    auto rows = host.rows();
-    ASSERT_EQ(rows.size(), 4u);
-    EXPECT_EQ(rows[0].second["label"], "Head__ing") << "no mnemonic";
-    EXPECT_EQ(rows[0].second["enabled"], false);
-    EXPECT_EQ(rows[1].second["toggle-state"], 1);
-    EXPECT_EQ(rows[2].second["type"], "separator");
+    const auto rows = host.rows();
+    ASSERT_EQ(rows.size(), 4);
+    const auto shown = [&](int row) { return rows[row].toList()[1].toMap(); };
+    const auto id = [](const QVariant& row) { return row.toList()[0].toInt(); };
+    EXPECT_EQ(shown(0), (QVariantMap{{"label", "Head__ing"}, {"enabled", false}}));
+    EXPECT_EQ(shown(1)["toggle-state"], 1);
+    EXPECT_EQ(shown(2), (QVariantMap{{"type", "separator"}}));
 
     auto& newLayout = host.changes["LayoutUpdated"];
     host.call("AboutToShow", {0});
     const MenuItem added{"Added", {}, {}, choose("Added")};
     item->setContent(content(Qt::red, {added, heading, first, separator, gone}));
-    host.click(rows[0].first);  // nothing: a heading
-    EXPECT_TRUE(host.rows().size() == 4u && !newLayout.isActive()) << "may be open";
-    host.click(rows[1].first);
-    EXPECT_TRUE(host.rows().size() == 5u && newLayout.isActive()) << "a click closes it";
-    host.click(host.rows()[0].first);
-    host.click(rows[1].first);  // an id from before the change
+    host.click(id(rows[0]));  // nothing: a heading
+    EXPECT_TRUE(host.rows().size() == 4 && !newLayout.isActive()) << "may be open";
+    host.click(id(rows[1]));
+    EXPECT_TRUE(host.rows().size() == 5 && newLayout.isActive()) << "a click closes it";
+    host.click(id(host.rows()[0]));
+    host.click(id(rows[1]));  // an id from before the change
     host.click(12345);
-    const ExportedEvent click{rows[1].first, "clicked", QDBusVariant(""), 0};
+    const ExportedEvent click{id(rows[1]), "clicked", QDBusVariant(""), 0};
     host.call("EventGroup", {QVariant::fromValue(QList<ExportedEvent>(10'000, click))});
     QApplication::processEvents();
     EXPECT_EQ(chosen, "FirstAddedFirstFirst") << "one of all clicks on an open menu";
@@ -205,7 +203,7 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
           "GetGroupProperties", "Event", "EventGroup", "AboutToShow", "AboutToShowGroup"})
         for (const auto& arguments : wrong)
             EXPECT_EQ(host.call(method, arguments).type(), QDBusMessage::ErrorMessage) << method;
-    host.click(rows[3].first);
+    host.click(id(rows[3]));
     EXPECT_EQ(item, nullptr) << "still there after refused calls";
 }
 
