@@ -15,9 +15,9 @@ public:
         std::filesystem::create_directories(directory);
         process =
             popen(("https-server '" + directory + "' > '" + directory + "/ports'").c_str(), "we");
-        for (int i = 0; i < 3000 && mutePort.empty(); i++) {
+        for (int i = 0; i < 3000 && port.empty(); i++) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            std::ifstream(directory + "/ports") >> port >> mutePort;
+            std::ifstream(directory + "/ports") >> port;
         }
         HTTP::restart({.certificates = certificates(), .connectTo = standIns()});
     }
@@ -32,7 +32,7 @@ public:
     std::string address() const { return "127.0.0.1:" + port; }
     std::vector<std::string> standIns() const {
         return {"api.anthropic.com:443:" + address(), "chatgpt.com:443:" + address(),
-                "misnamed.test:443:" + address(), "mute.test:443:127.0.0.1:" + mutePort};
+                "misnamed.test:443:" + address()};
     }
 
     /// Has requests for `path` answered by `reply` from now on; Support/https-server has the keys.
@@ -50,5 +50,5 @@ public:
 private:
     const std::string directory = TemporaryHome::beside("server");
     FILE* process = nullptr;
-    std::string port, mutePort;
+    std::string port;
 };
