@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "Model/AppConfig.h"
 #include "Model/ModelNaming.h"
 #include "Model/UsageFormat.h"
@@ -28,11 +26,9 @@ TEST(ModelNaming, KnownAndUnknownNamesGiveShortLabels) {
         EXPECT_EQ(ModelNaming::displayModel(name), label.get<std::string>());
     for (const auto& [name, label] : labels["efforts"].items())
         EXPECT_EQ(ModelNaming::displayEffort(name), label.get<std::string>());
-    EXPECT_FALSE(ModelNaming::displayModel("") || ModelNaming::displayEffort(""));
 }
 
 TEST(UsageFormat, NumbersRoundAndNeverOverflow) {
-    EXPECT_EQ(UsageFormat::percentText(std::nextafter(0.5, 0)), "0%");
     EXPECT_EQ(UsageFormat::percentText(0x1p63), "—");
     ScopedClock clock(1'800'000'000);
     const std::map<double, std::string> resets = {

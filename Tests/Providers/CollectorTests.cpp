@@ -7,7 +7,6 @@
 #include "Platform/Keychain.h"
 #include "Providers/Collectors.h"
 #include "Support/LocalFiles.h"
-#include "Support/Text.h"
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/HTTPSServer.h"
 #include "Tests/Support/ScopedClock.h"
@@ -56,10 +55,8 @@ protected:
     }
 
     static UsageSnapshot collect() {
-        const auto all = Provider::allCases();
-        return Collectors::collect(*std::ranges::find_if(all, [](Provider provider) {
-            return GetParam().starts_with(Text::lowercased(provider.rawValue()));
-        }));
+        const auto name = GetParam().substr(0, GetParam().find('_'));
+        return Collectors::collect(*Provider::fromRawValue(name));
     }
 
     const TemporaryHome home;

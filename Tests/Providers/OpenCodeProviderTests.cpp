@@ -41,52 +41,38 @@ std::string sumOf(const std::string& path) {
 
 }  // namespace
 
-TEST(OpenCodeTokens, SumWhatTheMessagesOfTheWindowSayEvenWhileTheToolLocksIt) {
+TEST(OpenCodeTokens, AreOfTheWindowEvenWhileTheToolLocksItAndAHostileDatabaseCostsLittle) {
     ScopedClock clock(1'750'000'000.0004);
     // Milliseconds after the beginning of the window, and the message.
+    const auto locked = [](const std::string& messages) {
+        return schema + "INSERT INTO message SELECT column1 + 1749982000000, column2 FROM (VALUES" +
+               messages + "); BEGIN EXCLUSIVE";
+    };
     const std::pair<const char*, std::string> rows[] = {
-        {"0", R"((-1, '{"tokens": {"input": 1}}'), (-9000000, '{'))"},
-        {"338", R"((0, '{"tokens": {"input": 7}}'), (0, '{"tokens": {"output": 10}}'), (0, '[]'),
-                   (0, '{"tokens": {"input": 1, "output": 20, "reasoning": 300, "cache": 9}}'),
-                   (0, '{"role": "user"}'), (0, '{"tokens": null}'), (0, '{"tokens": 7}'))"},
-        {"absent", R"((0, '{'), (0, '{"tokens": {"input": 5}}'))"},
-        {"absent", R"((0, '{"tokens": {"input": 9223372036854775807}}'),
-                      (0, '{"tokens": {"input": 1}}'))"}};
-    for (const auto& [sum, messages] : rows) {
+        {"338", locked(R"((-1, '{"tokens": {"input": 1}}'), (-9000000, '{'),
+            (0, '{"tokens": {"input": 7}}'), (0, '{"tokens": {"output": 10}}'), (0, '[]'),
+            (0, '{"tokens": {"input": 1, "output": 20, "reasoning": 300, "cache": 9}}'),
+            (0, '{"role": "user"}'), (0, '{"tokens": null}'), (0, '{"tokens": 7}'))")},
+        {"absent", locked(R"((0, '{'), (0, '{"tokens": {"input": 5}}'))")},
+        {"absent", locked(R"((0, '{"tokens": {"input": 9223372036854775807}}'),
+            (0, '{"tokens": {"input": 1}}'))")},
+        {"absent", locked("(0, '[1' || replace(hex(zeroblob(1900000)), '0', ',1') || ']')")},
+        {"absent", locked("(0, '\"' || hex(zeroblob(4500000)) || '\"')")},
+        {"absent", "CREATE VIEW message AS SELECT 9e15 time_created, '{\"tokens\": {}}' data"},
+        {"absent", "CREATE VIRTUAL TABLE message USING fts5(time_created, data)"},
+        {"absent",
+         "CREATE TABLE message (time_created, text, DATA AS (text));"
+         "INSERT INTO message(time_created, text) SELECT 9e15, 1"}};
+    for (const auto& [sum, sql] : rows) {
         TemporaryHome home;
-        const auto sql = schema +
-                         "INSERT INTO message SELECT column1 + 1749982000000, column2 "
-                         "FROM (VALUES" +
-                         messages + "); BEGIN EXCLUSIVE";
         const Tool tool = start(home.at("50%41?a#b.db"), sql);
-        EXPECT_EQ(sumOf("/" + home.at("/50%41?a#b.db")), sum) << messages;
-    }
-}
-
-TEST(OpenCodeTokens, AHostileDatabaseCostsLittle) {
-#ifdef __SANITIZE_THREAD__
-    constexpr long maxGrowth = 256 << 10;  // KiB, with the sanitizer's copy
-#else
-    constexpr long maxGrowth = 64 << 10;  // KiB
-#endif
-    const std::string hostile[] = {
-        "CREATE VIEW message AS SELECT 9e15 time_created, '{\"tokens\": {\"input\": 1}}' data",
-        "CREATE VIRTUAL TABLE message USING fts5(time_created, data)",
-        "CREATE TABLE message (time_created, text, DATA AS (text));"
-        "INSERT INTO message(time_created, text) SELECT 9e15, 1",
-        schema +
-            "INSERT INTO message SELECT 9e15,"
-            "'[1' || replace(hex(zeroblob(1900000)), '0', ',1') || ']'",
-        schema + "INSERT INTO message SELECT 9e15, '\"' || hex(zeroblob(4500000)) || '\"'"};
-    for (const auto& sql : hostile) {
-        TemporaryHome home;
-        const Tool tool = start(home.at("db"), sql);
         rusage before{}, after{};
         getrusage(RUSAGE_SELF, &before);
-        alarm(4);
-        EXPECT_EQ(OpenCodeProvider::tokensInLastFiveHours(home.at("db")), std::nullopt) << sql;
+        alarm(8);
+        EXPECT_EQ(sumOf("/" + home.at("/50%41?a#b.db")), sum) << sql;
         alarm(0);
         getrusage(RUSAGE_SELF, &after);
+        const long maxGrowth = 256 << 10;  // KiB, with the copy of a sanitizer
         EXPECT_LT(after.ru_maxrss - before.ru_maxrss, maxGrowth) << sql;
     }
 }

@@ -24,7 +24,6 @@ public:
     ~HTTPSServer() {
         HTTP::restart({});
         pclose(process);  // it ends with its input
-        std::filesystem::remove_all(directory);
     }
     HTTPSServer(const HTTPSServer&) = delete;
 

@@ -16,23 +16,15 @@ using Seconds = std::chrono::duration<double>;
 const std::string host = "https://api.anthropic.com";
 const json notFound = {404, ""};
 
-/// The result as [status, body], with its length for a long body, null where it is absent.
+/// The result as [status, body], null where it is absent.
 json fetch(const std::string& url, const HTTP::Headers& fields = {}, double timeout = 5) {
     const auto response = HTTP::get(url, fields, timeout);
     if (!response) return {};
-    const auto& body = response->data;
-    return {response->status, body.size() < 100 ? json(body) : json(body.size())};
+    return {response->status, response->data};
 }
 
 class HTTPGet : public testing::Test {
 protected:
-    /// Has /r answered by a redirect.
-    void redirect(const std::string& location, const json& fields = json::object()) const {
-        json reply = {{"status", 302}, {"headers", fields}};
-        reply["headers"]["Location"] = location;
-        server.reply("/r", reply);
-    }
-
     const TemporaryHome home;
     const HTTPSServer server;
 };
@@ -49,16 +41,14 @@ TEST_F(HTTPGet, AFieldThatWouldBreakTheRequestIsNotSent) {
 
 TEST_F(HTTPGet, TheFieldsAndTheBodyAreBounded) {
     const std::string part(66'000, 'x');
-    const json three = {{"X-A", part}, {"X-B", part}, {"X-C", part}};
-    server.reply("/head", {{"headers", three}});
-    redirect("/head");
-    EXPECT_EQ(fetch(host + "/r"), json({200, ""}));
-    redirect("/head", {{"X-D", part}});
+    json fields = {{"X-A", part}, {"X-B", part}};
+    server.reply("/head", {{"headers", fields}});
+    EXPECT_EQ(fetch(host + "/head"), json({200, ""}));
+    fields["Location"] = "/head";
+    server.reply("/r", {{"status", 302}, {"headers", fields}});
     EXPECT_EQ(fetch(host + "/r"), json()) << "the fields of all replies are too many";
-    for (const int size : {64 << 20, (64 << 20) + 1}) {
-        server.reply("/body", {{"body", std::string(size, 'x')}});
-        EXPECT_EQ(fetch(host + "/body"), size == 64 << 20 ? json({200, size}) : json());
-    }
+    server.reply("/body", {{"body", std::string((64 << 20) + 1, 'x')}});
+    EXPECT_TRUE(fetch(host + "/body").is_null());
 }
 
 TEST_F(HTTPGet, RedirectsStayOnHTTPSAndTheTokenOnItsHost) {
@@ -73,7 +63,7 @@ TEST_F(HTTPGet, RedirectsStayOnHTTPSAndTheTokenOnItsHost) {
         {"file:///etc/fstab", {}, 2},
         {"/r", {}, 2}};
     for (const auto& [location, result, sent] : rows) {
-        redirect(location);
+        server.reply("/r", {{"status", 302}, {"headers", {{"Location", location}}}});
         EXPECT_EQ(fetch(host + "/r", {{"Authorization", "secret"}}), result) << location;
         EXPECT_EQ(server.seen()["sent"].size(), sent) << location;
     }
@@ -100,7 +90,8 @@ TEST_F(HTTPGet, OfTheEnvironmentOnlyTheProxyCounts) {
     HTTP::restart({});
     for (const char* name : {"SSL_CERT_FILE", "CURL_CA_BUNDLE"})
         EXPECT_EQ(fetchWith(name, server.certificates()), json()) << name;
-    EXPECT_EQ(server.seen()["requests"], 14) << "the hashed directory, then the bundle, three times";
+    EXPECT_EQ(server.seen()["requests"], 14)
+        << "the hashed directory, then the bundle, three times";
 }
 
 TEST_F(HTTPGet, ReturnsInTimeWhateverTheServerDoes) {
