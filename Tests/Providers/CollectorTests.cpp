@@ -45,7 +45,8 @@ protected:
         EXPECT_EQ(home.shell(step.value("run", "true")), 0);
         const auto files = step.value("files", json::object());
         for (const auto& [file, content] : files.items())
-            home.write(file, textIn(content), Clock::now() + step.value("modified", 0.0));
+            home.write(file, content.is_string() ? content.get<std::string>() : content.dump(),
+                       Clock::now() + step.value("modified", 0.0));
         if (step.contains("login")) {
             home.write(".claude/.credentials.json", json{{"claudeAiOauth", step["login"]}}.dump());
             home.write(".codex/auth.json", json{{"tokens", step["login"]}}.dump());

@@ -24,6 +24,7 @@ public:
     ~HTTPSServer() {
         HTTP::restart({});
         pclose(process);  // it ends with its input
+        std::filesystem::remove_all(directory);
     }
     HTTPSServer(const HTTPSServer&) = delete;
 
