@@ -16,7 +16,8 @@ static std::string summary(std::string_view text) {
 }
 
 TEST(AppConfig, WhatIsUnusableFallsBackAloneAndTheRestCounts) {
-    for (const auto& row : fixture("model")["configurations"])
+    const auto model = fixture("model");
+    for (const auto& row : model["configurations"])
         EXPECT_EQ(summary(row[0].dump()), row[1]) << row;
 }
 
