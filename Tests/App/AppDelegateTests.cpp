@@ -34,14 +34,15 @@ protected:
         return count;
     }
     bool waitForPasses(int running) const {
-        return qWaitFor([=, this] { return threads(0) <= others && threads(10) == running; });
+        const auto areAsMany = [=, this] { return threads(0) <= others && threads(10) == running; };
+        return qWaitFor(areAsMany, 20'000);
     }
     void setModel(const std::string& model) {
         EXPECT_TRUE(waitForPasses(0));  // none ends with the old one
         home.write(".gemini/settings.json",
                    R"({"security":{"auth":{"selectedType":"key"}},"model":")" + model + "\"}");
     }
-    static bool shows(const char* model, int limit = 10'000) {
+    static bool shows(const char* model, int limit = 20'000) {
         return qWaitFor([model] { return toolTip().contains(QString("Gemini: ") + model); }, limit);
     }
     static QString toolTip() {
@@ -119,7 +120,7 @@ TEST_F(Application, TheBarStandsWhereItWasLeft) {
         bar.setOrigin(PointText::parse(dragged));
         bar.onMoved();
         app->setProviderVisible(Provider::codex, true);
-        EXPECT_TRUE(qWaitFor([&bar] { return bar.width() > 300; }));
+        EXPECT_TRUE(qWaitFor([&bar] { return bar.width() > 300; }, 20'000));
         EXPECT_EQ(barOrigin(), dragged) << "moved by a refresh or another width";
         EXPECT_EQ(UserDefaults::text("floatingBarOrigin"), dragged);
         bar.resize(bar.width(), 60);  // as sway does, whose minimum is 50
@@ -162,6 +163,9 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
     setModel("Two");
     widget<PanelView>().refreshButton->click();
     EXPECT_TRUE(shows("Two"));
+    QTimer::singleShot(0, [] { menu("Quit Quillet"); });
+    QTimer::singleShot(20'000, [] { QCoreApplication::exit(1); });
+    EXPECT_EQ(QCoreApplication::exec(), 0);
 }
 
 TEST_F(Application, TheTouchBarIsPresentedOncePerInstallation) {
@@ -200,7 +204,11 @@ TEST_F(Application, WithoutAThreadTheNextTickTriesAgain) {
     EXPECT_EQ(setresuid(own, own, own), 0);
     prctl(PR_SET_DUMPABLE, 1);  // which leak checkers need
     setrlimit(RLIMIT_NPROC, &limit);
-    EXPECT_TRUE(shows("Two", 7000));
+    const auto panel = widget<PanelView>().grab().toImage(),
+               bar = widget<FloatingWindow>().grab().toImage();
+    EXPECT_TRUE(shows("Two"));
+    EXPECT_NE(widget<PanelView>().grab().toImage(), panel);
+    EXPECT_NE(widget<FloatingWindow>().grab().toImage(), bar);
 }
 
 TEST_F(Application, APassTooManyIsRememberedAndQuittingWaitsForNone) {

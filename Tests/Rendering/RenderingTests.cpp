@@ -13,8 +13,10 @@
 #include "Drawing/Fonts.h"
 #include "PanelView/FlatButton.h"
 #include "PanelView/PanelView.h"
+#include "Rendering/Palette.h"
 #include "Rendering/ProviderChip.h"
 #include "Rendering/StatusSummary.h"
+#include "Rendering/UsageGauge.h"
 #include "StripView/StripView.h"
 #include "Tests/Support/ScopedClock.h"
 
@@ -94,6 +96,12 @@ QPolygon differing(const QImage& one, const QImage& other, int tolerance) {
     return points;
 }
 
+void drawPoints(QImage& image, const QPolygon& points, QColor color, int size) {
+    QPainter painter(&image);
+    painter.setPen(QPen(color, size, Qt::SolidLine, Qt::SquareCap));
+    painter.drawPoints(points);
+}
+
 }  // namespace
 
 /// `scripts/pictures --golden` makes them anew. With another version of the font, neither text nor
@@ -123,24 +131,26 @@ TEST(GoldenPictures, LookAsTheyDid) {
     const QDir golden(FIXTURES "/pictures"), seen(QCoreApplication::applicationDirPath());
     const bool renews = qEnvironmentVariableIsSet("QUILLET_RENEW_PICTURES");
     const auto version = QRawFont::fromFont(Fonts::font({12})).fontTable("head").mid(4, 4).toHex();
-    if (!renews && QImage(golden.filePath("nobody.png")).text("font") != version) makeLettersTiny();
+    const bool hasFont = renews || QImage(golden.filePath("nobody.png")).text("font") == version;
+    if (!hasFont) makeLettersTiny();
     for (auto& [name, after] : pictures) {
         const QString file = golden.filePath(name + ".png");
         const QPolygon text = differing(after, drawn(states.at(name)), 0);
+        EXPECT_TRUE(text.empty() || !hasFont) << "two drawings differ";
         QImage before(after.size(), after.format());
         before.fill(Qt::black);
         QPainter(&before).drawImage(0, 0, QImage(file));
-        for (QImage* image : {&before, &after}) {
-            QPainter painter(image);
-            painter.setPen(QPen(Qt::black, 15));  // may be 7 pixels elsewhere
-            painter.drawPoints(text);
-        }
-        const QRect changes = differing(before, after, 3).boundingRect();
-        if (changes.isNull()) continue;
-        qInfo() << name << "changes in" << changes << "of" << seen.filePath(name + ".png");
+        for (QImage* image : {&before, &after})
+            drawPoints(*image, text, Qt::black, 15);  // may be 7 pixels elsewhere
+        const QPolygon changes = differing(before, after, 3);
+        if (changes.empty()) continue;
+        drawPoints(before, changes, Qt::magenta, 1);
+        before.save(seen.filePath(name + "-changes.png"));
+        after.save(seen.filePath(name + ".png"));
+        qInfo() << name << "changes in" << changes.boundingRect() << "as marked in"
+                << seen.filePath(name + "-changes.png");
         after.setText("font", version);
-        EXPECT_TRUE(after.save(renews ? file : seen.filePath(name + ".png")) && renews)
-            << name.toStdString();
+        EXPECT_TRUE(renews && after.save(file)) << name.toStdString();
     }
 }
 
@@ -156,4 +166,26 @@ TEST(GoldenPictures, HostileValuesAreDrawnAtOnce) {
                    entry(claude, true, {}, {}, {}, word, word)});
             EXPECT_LT(Clock::now() - start, 5) << word.substr(0, 99) << number;
         }
+}
+
+TEST(Palette, LevelsBeginAt50And80Percent) {
+    constexpr Color green{0.22, 0.9, 0.45}, amber{1, 0.72, 0.2}, red{1, 0.3, 0.28};
+    for (const auto& [at, color] : {std::pair(49.9, green), {50, amber}, {79.9, amber}, {80, red}})
+        EXPECT_EQ(Palette::level(at), color) << at;
+}
+
+TEST(UsageGauge, LeavesOutWhatDoesNotFit) {
+    for (const auto& [style, minBar, minBarBesideReset] :
+         {std::tuple(&UsageGauge::strip, 6, 15), {&UsageGauge::panel, 10, 25}}) {
+        const auto gauge = [style = style](double width) {
+            return UsageGauge(*style, "5h", 42, Clock::now() + 7500, {100, 0, width, 16});
+        };
+        double width = 0;
+        while (width < 500 && !gauge(width).track)
+            width += 0.1;
+        EXPECT_NEAR(gauge(width).track.value_or(Rect()).width, minBar, 0.11);
+        while (width < 500 && !gauge(width).showsReset())
+            width += 0.1;
+        EXPECT_NEAR(gauge(width).track.value_or(Rect()).width, minBarBesideReset, 0.11);
+    }
 }

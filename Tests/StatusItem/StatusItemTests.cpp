@@ -69,14 +69,16 @@ public:
     }
     /// The menu's rows: the id, the properties and no rows of each.
     QVariantList rows() {
-        const auto layout = call("GetLayout", {0, -1, QStringList()}).arguments().value(1);
-        return plain(layout).toList().value(2).toList();
+        const auto layout = call("GetLayout", {0, -1, QStringList()}).arguments();
+        revision = layout.value(0).toUInt();
+        return plain(layout.value(1)).toList().value(2).toList();
     }
 
     QDBusConnection bus = QDBusConnection("");
     const QString name = "org.kde.StatusNotifierWatcher";
     QString item;
     bool answers = true, takesItems = true;
+    unsigned revision = 0;  // of the rows
     /// Timers that start when the item or its menu tells of a change.
     std::map<std::string, QTimer> changes;
 
@@ -103,7 +105,7 @@ StatusContent content(QColor color, MenuItems menu = {}) {
             std::move(menu)};
 }
 
-bool stands(const StatusItem& item, bool expected = true, int milliseconds = 6000) {
+bool stands(const StatusItem& item, bool expected = true, int milliseconds = 20'000) {
     return qWaitFor([&] { return item.geometry().has_value() == expected; }, milliseconds);
 }
 
@@ -184,8 +186,10 @@ TEST(StatusItem, ExportedMenuKeepsStillWhileOpenAndEveryClickHitsItsRow) {
     item->setContent(content(Qt::red, {added, heading, first, separator, gone}));
     host.click(id(rows[0]));  // nothing: a heading
     EXPECT_TRUE(host.rows().size() == 4 && !newLayout.isActive()) << "may be open";
+    const unsigned revision = host.revision;
     host.click(id(rows[1]));
     EXPECT_TRUE(host.rows().size() == 5 && newLayout.isActive()) << "a click closes it";
+    EXPECT_GT(host.revision, revision);
     host.click(id(host.rows()[0]));
     host.click(id(rows[1]));  // an id from before the change
     host.click(12345);
