@@ -66,7 +66,7 @@ void StatusItem::follow(const std::optional<NotifierHost::Host>& current) {
 void StatusItem::lookForEmbedding() {
     if (TrayIcon::hasHost()) {
         leaveCorner();
-        if (dynamic_cast<TrayIcon*>(form.get())) return;
+        if (dynamic_cast<TrayIcon*>(form.get())) return placeChanged();  // it is embedded by now
         form.reset();
         form = make<TrayIcon>();
         embedding.start();  // the tray may have gone before its end was watched

@@ -35,7 +35,8 @@ void TrayIcon::setContent(const StatusContent& content) {
     icon.show();
 }
 
+/// Until the icon is embedded, Qt tells the screen's corner.
 std::optional<QRect> TrayIcon::geometry() const {
     const QRect place = icon.geometry();
-    return place.isEmpty() ? std::nullopt : std::optional(place);
+    return place.isEmpty() || place.topLeft().isNull() ? std::nullopt : std::optional(place);
 }
