@@ -170,20 +170,20 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
 
 TEST_F(Application, TheTouchBarIsPresentedOncePerInstallation) {
     HardwareModel::exchangeSource([] { return std::string("MacBookPro16,1"); });
-    const std::string add = "addSystemTrayItem:", remove = "removeSystemTrayItem:",
-                      present = "presentSystemModalTouchBar:systemTrayItemIdentifier:",
-                      dismiss = "dismissSystemModalTouchBar:";
-    std::string calls;
+    const Texts names{"addSystemTrayItem:", "presentSystemModalTouchBar:systemTrayItemIdentifier:",
+                      "dismissSystemModalTouchBar:", "removeSystemTrayItem:"};
+    Texts calls;
     auto& operations = TouchBarOperations::shared();
-    for (const auto& name : {add, present, dismiss, remove})
-        operations.itemClass[name] = operations.barClass[name] = [&, name](auto) { calls += name; };
+    for (const auto& name : names)
+        operations.itemClass[name] =
+            operations.barClass[name] = [&](auto) { calls.push_back(name); };
     launch();
     for (int i = 0; i < 2; ++i) {
         app->setSurface(DisplaySurface::touchBar, true);
         refreshWith("One");
         refreshWith("Two");
         app->setSurface(DisplaySurface::touchBar, false);
-        EXPECT_EQ(std::exchange(calls, {}), add + present + dismiss + remove);
+        EXPECT_EQ(std::exchange(calls, {}), names);
     }
 }
 

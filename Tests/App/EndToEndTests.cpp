@@ -161,20 +161,19 @@ TEST_F(Quillet, OneBadFileSpoilsNoOtherProvider) {
     for (std::size_t provider = 0; provider < files.size(); ++provider) {
         for (const auto& file : files[provider]) {
             makeDatabase(file.ends_with("-wal") ? "WAL" : "DELETE");
-            const auto path = home.at(file);
-            home.shell("mkdir -p \"$(dirname " + file + ")\"; mv -f " + file +
-                       " ../saved 2>/dev/null");
+            const auto inHome = "FILE='" + home.at(file) + "'; ";
+            home.shell(inHome + "mkdir -p \"${FILE%/*}\"; mv -f \"$FILE\" ../saved 2>&-");
             for (const std::string make : kinds) {
-                SCOPED_TRACE(file + ": " + make);
-                EXPECT_EQ(home.shell("FILE='" + path + "'; " + make), 0);
+                SCOPED_TRACE(inHome + make);
+                EXPECT_EQ(home.shell(inHome + make), 0);
                 const auto begin = std::chrono::steady_clock::now();
                 auto found = rows();
                 EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
                 if (provider < 4) found[provider] = usual[provider];
                 EXPECT_EQ(found, usual);
-                fs::remove_all(path);
+                fs::remove_all(home.at(file));
             }
-            home.shell("mv -f ../saved " + file + " 2>/dev/null");
+            home.shell(inHome + "mv -f ../saved \"$FILE\" 2>&-");
         }
     }
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <ranges>
 #include <sstream>
 
 #include "Platform/Keychain.h"
@@ -37,6 +36,13 @@ std::string shown(const UsageSnapshot& snapshot) {
 
 /// A scenario is a list of steps. Each changes files, replies and the clock before it collects.
 const auto scenarios = fixture("collectors").get<std::map<std::string, json>>();
+
+std::vector<std::string> names() {
+    std::vector<std::string> all;
+    for (const auto& [name, steps] : scenarios)
+        all.push_back(name);
+    return all;
+}
 
 class Collector : public testing::TestWithParam<std::string> {
 protected:
@@ -92,9 +98,7 @@ TEST_P(Collector, Shows) {
         }
     }
 }
-INSTANTIATE_TEST_SUITE_P(Scenario, Collector,
-                         testing::ValuesIn(std::views::keys(scenarios).begin(),
-                                           std::views::keys(scenarios).end()),
-                         [](const auto& scenario) { return scenario.param; });
+INSTANTIATE_TEST_SUITE_P(Scenario, Collector, testing::ValuesIn(names()),
+                         [](const auto& name) { return name.param; });
 
 }  // namespace

@@ -124,9 +124,9 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
         host.start(process);
         QVariantList icons;
         for (const int width : {points, 2 * points}) {
-            const int height = width / points * 22;
+            const qsizetype height = width / points * 22;
             const auto argb = QByteArray("\xff\1\2\3").repeated(width * height);
-            icons << QVariant(QVariantList{width, height, argb});
+            icons << QVariant(QVariantList{width, int(height), argb});
         }
         EXPECT_EQ(host.property("IconPixmap"), icons) << process;
         place = QRect(1, 1, 1, 1);

@@ -32,7 +32,7 @@ protected:
 TEST_F(HTTPGet, AFieldThatWouldBreakTheRequestIsNotSent) {
     for (const auto& end : {"\r"s, "\n"s, "\0"s, "\r\nX-Smuggled: 1"s}) {
         EXPECT_EQ(fetch(host + "/", {{"Authorization", "secret" + end}}), json()) << end;
-        EXPECT_EQ(fetch(host + "/a" + end), json()) << end;
+        EXPECT_EQ(fetch((host + "/a").append(end)), json()) << end;
     }
     EXPECT_EQ(server.seen()["requests"], 0);
     EXPECT_EQ(fetch(host + "/", {{"accept", "text/plain"}, {"X-Blank", " "}}), notFound);

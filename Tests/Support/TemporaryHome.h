@@ -38,7 +38,7 @@ public:
             std::string made = std::filesystem::temp_directory_path() / "quillet-test-XXXXXX";
             const std::string quoted = " '" + std::string(mkdtemp(made.data())) + "'";
             chmod(made.c_str(), 0755);
-            setenv("PATH", (FIXTURES "/../Support:" + std::string(getenv("PATH"))).c_str(), 1);
+            setenv("PATH", (std::string(FIXTURES "/../Support:") + getenv("PATH")).c_str(), 1);
             [[maybe_unused]] FILE* const endsWithItsInput =
                 popen(("cat; chmod -R u+rwX" + quoted + "; rm -rf" + quoted).c_str(), "we");
             return made;
