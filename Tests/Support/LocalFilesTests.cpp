@@ -48,6 +48,8 @@ TEST(ForEachFile, GoesOnPastWhatVanishes) {
 TEST(Tail, IsValidTextOfARegularFileFromTheCutOnAndAtOnce) {
     using namespace std::string_literals;
     TemporaryHome home;
+    const int descriptor = dup(0);
+    close(descriptor);
     for (const auto& text : {""s, "1234"s, "\xFF\xE2\x80\x94x"s, "a\0b\r\n"s})
         EXPECT_EQ(LocalFiles::tail(home.write("log", text), 4),
                   text.substr(text.size() > 4 ? text.size() - 4 : 0));
@@ -59,8 +61,6 @@ TEST(Tail, IsValidTextOfARegularFileFromTheCutOnAndAtOnce) {
     EXPECT_FALSE(LocalFiles::text(home.at("log")));
     EXPECT_EQ(LocalFiles::tail(home.at("log"), 2), "\0\0"s);
     EXPECT_EQ(home.shell("mkfifo fifo; ln -s loop loop; ln -s /dev/zero zero"), 0);
-    const int descriptor = dup(0);
-    close(descriptor);
     alarm(5);  // a FIFO must not be waited for
     for (const char* name : {"fifo", "loop", ".", "none", "zero"})
         EXPECT_FALSE(LocalFiles::tail(home.at(name), 9) || LocalFiles::text(home.at(name))) << name;
