@@ -153,8 +153,10 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
     for (const char* title : {"  Codex", "  Gemini", "  Claude", "  OpenCode"})
         menu(title);
     EXPECT_EQ(UserDefaults::textArray("visibleProviders"), Texts{"OpenCode"});  // the last one
+    setModel("None");
     menu("  Gemini");
     EXPECT_EQ(UserDefaults::textArray("visibleProviders"), (Texts{"Gemini", "OpenCode"}));
+    EXPECT_TRUE(shows("None")) << "switched on and not collected";
 
     setModel("One");
     QKeyEvent key(QEvent::KeyPress, Qt::Key_R, Qt::ControlModifier);

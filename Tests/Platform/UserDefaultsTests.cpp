@@ -108,7 +108,7 @@ TEST(UserDefaults, AProcessKilledWhileSavingLeavesAWholeFile) {
         if (child == 0) alarm(60);        // should this process die first
         for (int j = 1; child == 0; ++j)  // NOLINT(bugprone-infinite-loop): until it is killed
             UserDefaults::setTextArray("a", values[j % 2]);
-        std::this_thread::sleep_for(oneSave * (i % 30) / 10);
+        std::this_thread::sleep_for((oneSave / 10 + std::chrono::milliseconds(1)) * (i % 30));
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
         const auto found = UserDefaults::textArray("a");

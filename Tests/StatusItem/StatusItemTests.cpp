@@ -124,7 +124,7 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
         host.start(process);
         QVariantList icons;
         for (const int width : {points, 2 * points}) {
-            const qsizetype height = width / points * 22;
+            const qsizetype height = 22 * qsizetype(width / points);
             const auto argb = QByteArray("\xff\1\2\3").repeated(width * height);
             icons << QVariant(QVariantList{width, int(height), argb});
         }
