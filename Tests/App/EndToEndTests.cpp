@@ -79,7 +79,7 @@ TEST_F(Quillet, ReportsAllFourAssistants) {
     const auto environment = "SSLKEYLOGFILE=" + keys +
                              " OPENSSL_CONF='" FIXTURES "/openssl.cnf' https_proxy=http://" +
                              server.address();
-    EXPECT_EQ(output(command + " status", environment).first, expected["text"]);
+    EXPECT_EQ(json(output(command + " status", environment).first), expected["text"]);
     EXPECT_EQ(rows(environment, command), expected["rows"]);
     EXPECT_EQ(server.seen()["sent"][1], json({"Authorization", "Bearer secret-codex-token"}));
     EXPECT_EQ(home.tree(), before);
