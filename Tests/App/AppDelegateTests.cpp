@@ -15,6 +15,7 @@
 #include "Platform/HardwareModel.h"
 #include "Platform/UserDefaults.h"
 #include "Support/HTTP.h"
+#include "Tests/Support/ScopedClock.h"
 #include "Tests/Support/TemporaryHome.h"
 
 using Texts = std::vector<std::string>;
@@ -60,7 +61,7 @@ protected:
 
     void launch() {
         app.emplace().applicationDidFinishLaunching();
-        for (const bool on : {false, true})  // an item that comes later waits for no tray
+        for (const bool on : {false, true})  // switched on later, it doesn't wait for a tray
             app->setSurface(DisplaySurface::menuBar, on);
     }
     void refreshWith(const char* model) {
@@ -190,6 +191,7 @@ TEST_F(Application, TheTouchBarIsPresentedOncePerInstallation) {
 }
 
 TEST_F(Application, WithoutAThreadTheNextTickTriesAgain) {
+    const ScopedClock clock(1'800'000'000);  // the panel tells the minute
     home.write(".config/quillet/config.json", R"({"intervalSeconds": 5})");
     launch();
     refreshWith("One");
