@@ -7,7 +7,7 @@
 startDemo() {
     demo=$(mktemp -d) && demoHome=$demo/home || return
     trap stopDemo EXIT
-    cp -R "$root/Tests/fixtures/home" "$demoHome" && writeGemini || return
+    cp -R "$root/Tests/fixtures/home" "$demoHome" && answerNow || return
     fillDatabase "$demoHome/.local/share/opencode/opencode.db" \
         <"$root/Tests/fixtures/opencode.sql" || return
     # Only this shell has the other end of its input, so the server ends whenever the shell ends.
@@ -31,13 +31,11 @@ stopDemo() {
     rm -rf "$demo"
 }
 
-# Replaces Gemini's older layout, which the tests use, with what its tool leaves today. The answers
-# are of just now.
-writeGemini() {
+# The answers in Gemini's chat are of just now.
+answerNow() {
     local now
     TZ=UTC printf -v now '%(%FT%T.000Z)T'
-    rm -r "$demoHome/.gemini" && cp -R "$root/Tests/fixtures/demo/." "$demoHome" &&
-        sed -i "s/NOW/$now/g" "$demoHome"/.gemini/tmp/app/chats/*
+    sed -i "s/NOW/$now/g" "$demoHome"/.gemini/tmp/app/chats/*
 }
 
 fillDatabase() {
