@@ -7,19 +7,16 @@
 namespace {
 
 std::string systemModel() {
-    static const std::string model = HardwareModel::namedIn("/sys/class/dmi/id/product_name");
+    static const std::string model = [] {
+        std::string text = RegularFile::contents("/sys/class/dmi/id/product_name").value_or("");
+        return text.erase(text.find_last_not_of(" \n") + 1);
+    }();
     return model;
 }
 
 std::atomic<HardwareModel::Source> currentSource = systemModel;
 
 }  // namespace
-
-std::string HardwareModel::namedIn(const std::string& path) {
-    std::string text = RegularFile::contents(path).value_or("");
-    text.erase(text.find_last_not_of(" \n") + 1);
-    return text;
-}
 
 std::string HardwareModel::identifier() {
     return currentSource.load()();

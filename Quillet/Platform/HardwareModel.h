@@ -8,9 +8,6 @@ namespace HardwareModel {
 /// Empty if the firmware doesn't give one.
 std::string identifier();
 
-/// The line in a file under /sys; empty if it can't be read.
-std::string namedIn(const std::string& path);
-
 using Source = std::string (*)();
 
 /// Replaces the source behind `identifier` and returns the one before; nullptr is the firmware.

@@ -91,23 +91,6 @@ protected:
     std::optional<AppDelegate> app;
 };
 
-TEST_F(Application, ShowsTheStoredProvidersInTheFixedOrder) {
-    const char* const all = "Claude Codex Gemini OpenCode ";
-    const std::pair<const char*, const char*> cases[] = {
-        {R"(["Codex","Claude","Codex"])", "Claude Codex "},
-        {R"(["claude"])", all},
-        {R"(["Gemini",1])", all},
-        {R"(["Gemini","none"])", "Gemini "}};
-    for (const auto& [stored, expected] : cases) {
-        home.write(".config/quillet/defaults.json",
-                   std::string(R"({"visibleProviders":)") + stored + "}");
-        std::string shown;
-        for (const Provider provider : AppDelegate::enabledProviders())
-            shown += std::string(provider.rawValue()) + " ";
-        EXPECT_EQ(shown, expected) << stored;
-    }
-}
-
 TEST_F(Application, TheBarStandsWhereItWasLeft) {
     const std::string belowTheItem = "{532, 730}", dragged = "{-20, 300}";
     for (const std::string left : {"{100, 200}", "{799, 0}", "{800, 10}", "left", "{7, 85"}) {
@@ -133,12 +116,27 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
     const std::string head = "(Show In)|x  Menu Bar|x  Floating Bar (always on top)|",
                       providers = "|(Providers)|x  Claude|x  Codex|x  Gemini|x  OpenCode||Refresh|",
                       tail = "Support zendrik — Donate…||Quit Quillet|";
+    UserDefaults::setTextArray("visibleProviders", {"Codex", "none", "Claude", "Codex"});
+    EXPECT_EQ(AppDelegate::enabledProviders(),
+              (std::vector<Provider>{Provider::claude, Provider::codex}));
+    UserDefaults::setTextArray("visibleProviders", {"claude"});  // none that is known, so all
     launch();
     EXPECT_EQ(menu(), head + providers + tail);
+
     HardwareModel::exchangeSource([] { return std::string("MacBookPro16,1"); });
+    std::string calls;  // of the system's operations, by their first letters
+    auto& operations = TouchBarOperations::shared();
+    for (const char* const name : {"addSystemTrayItem:", "removeSystemTrayItem:"})
+        operations.itemClass[name] = [&calls, name](auto) { calls += *name; };
+    for (const char* const name :
+         {"presentSystemModalTouchBar:systemTrayItemIdentifier:", "dismissSystemModalTouchBar:"})
+        operations.barClass[name] = [&calls, name](auto) { calls += *name; };
     EXPECT_EQ(menu("  Touch Bar"), head + "-  Touch Bar|" + providers + tail);
+    refreshWith("One");
+    refreshWith("Two");
     EXPECT_EQ(menu("Expand on Touch Bar"),
               head + "x  Touch Bar|" + providers + "Expand on Touch Bar|" + tail);
+
     const std::tuple<const char*, bool, bool> surfaces[] = {
         // then there are the item and the bar
         {"  Menu Bar", false, true},
@@ -151,6 +149,10 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
         EXPECT_EQ(widget<FloatingWindow>().isVisible(), bar) << title;
     }
     EXPECT_EQ(UserDefaults::textArray("enabledSurfaces"), Texts{"menuBar"});
+    menu("  Touch Bar");
+    refreshWith("Three");
+    EXPECT_EQ(calls, "appdrap") << "presented by itself once each time that it is switched on";
+
     for (const char* title : {"  Codex", "  Gemini", "  Claude", "  OpenCode"})
         menu(title);
     EXPECT_EQ(UserDefaults::textArray("visibleProviders"), Texts{"OpenCode"});  // the last one
@@ -171,42 +173,23 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
     EXPECT_EQ(QCoreApplication::exec(), 0);
 }
 
-TEST_F(Application, TheTouchBarIsPresentedOncePerInstallation) {
-    HardwareModel::exchangeSource([] { return std::string("MacBookPro16,1"); });
-    const Texts names{"addSystemTrayItem:", "presentSystemModalTouchBar:systemTrayItemIdentifier:",
-                      "dismissSystemModalTouchBar:", "removeSystemTrayItem:"};
-    Texts calls;
-    auto& operations = TouchBarOperations::shared();
-    for (const auto& name : names)
-        operations.itemClass[name] =
-            operations.barClass[name] = [&](auto) { calls.push_back(name); };
-    launch();
-    for (int i = 0; i < 2; ++i) {
-        app->setSurface(DisplaySurface::touchBar, true);
-        refreshWith("One");
-        refreshWith("Two");
-        app->setSurface(DisplaySurface::touchBar, false);
-        EXPECT_EQ(std::exchange(calls, {}), names);
-    }
-}
-
 TEST_F(Application, WithoutAThreadTheNextTickTriesAgain) {
     const ScopedClock clock(1'800'000'000);  // the panel tells the minute
     home.write(".config/quillet/config.json", R"({"intervalSeconds": 5})");
     launch();
     refreshWith("One");
     setModel("Two");
-    const uid_t own = getuid(), other = own ? own : 65534;  // root has no limit
+    const uid_t user = getuid() ? getuid() : 65534;  // root has no limit
+    EXPECT_EQ(setresuid(user, user, getuid()), 0);
+    prctl(PR_SET_DUMPABLE, 1);  // which leak checkers need
     rlimit limit{};
     getrlimit(RLIMIT_NPROC, &limit);
-    const rlimit none{1, limit.rlim_max};
-    setrlimit(RLIMIT_NPROC, &none);
-    EXPECT_EQ(setresuid(other, other, own), 0);
+    const auto usual = std::exchange(limit.rlim_cur, 1);
+    setrlimit(RLIMIT_NPROC, &limit);
     for (int i = 0; i < 12; ++i)
         app->refresh();
     EXPECT_FALSE(shows("Two", 200));
-    EXPECT_EQ(setresuid(own, own, own), 0);
-    prctl(PR_SET_DUMPABLE, 1);  // which leak checkers need
+    limit.rlim_cur = usual;
     setrlimit(RLIMIT_NPROC, &limit);
     const auto panel = widget<PanelView>().grab().toImage(),
                bar = widget<FloatingWindow>().grab().toImage();

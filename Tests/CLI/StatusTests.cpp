@@ -20,24 +20,14 @@ TEST(Status, OddValuesGiveALineAndADocument) {
               "Codex: High [/\x1B\xFF\xC2\xA0é] 5h — (resets now) · Wk 2% (resets —)\n"
               "Claude: M [Plus] 5h — · Wk 50% (resets 2d 4h)\nClaude: Bad\n");
     EXPECT_EQ(CLI::jsonReport({}), "[]\n");
-    EXPECT_EQ(CLI::jsonReport({{Provider::codex, odd}}), R"([
-  {
-    "dailyPercent" : null,
-    "dailyResetsAt" : null,
-    "effort" : "High",
-    "error" : null,
-    "isConnected" : false,
-    "model" : null,
-    "planLabel" : "\/\u001b)"
-                                                         "\uFFFD\u00A0é"
-                                                         R"(",
-    "provider" : "Codex",
-    "updatedAt" : null,
-    "weeklyPercent" : 2.021166666666667,
-    "weeklyResetsAt" : null
-  }
-]
-)");
+    EXPECT_EQ(
+        CLI::jsonReport({{Provider::codex, odd}}),
+        "[\n  {\n"
+        "    \"dailyPercent\" : null,\n    \"dailyResetsAt\" : null,\n    \"effort\" : \"High\",\n"
+        "    \"error\" : null,\n    \"isConnected\" : false,\n    \"model\" : null,\n"
+        "    \"planLabel\" : \"\\/\\u001b\uFFFD\u00A0é\",\n    \"provider\" : \"Codex\",\n"
+        "    \"updatedAt\" : null,\n    \"weeklyPercent\" : 2.021166666666667,\n"
+        "    \"weeklyResetsAt\" : null\n  }\n]\n");
     odd.updatedAt = 1'800'000'000;
     EXPECT_NE(CLI::jsonReport({{Provider::codex, odd}}).find("At\" : \"2027-01-15T08:00:00Z\""),
               std::string::npos);

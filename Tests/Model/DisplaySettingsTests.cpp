@@ -10,7 +10,6 @@ TEST(DisplaySettings, AUsableChoiceStandsAndAnythingElseIsTheDefault) {
     const TemporaryHome home;
     const std::pair<const char*, Surfaces> cases[] = {
         {R"(["MenuBar"])", {menuBar, touchBar}},
-        {R"(["floatingBar",7])", {menuBar, touchBar}},
         {R"(["touchBar","dock","touchBar"])", {touchBar}},
         {R"(["touchBar","floatingBar","menuBar"])", {menuBar, floatingBar, touchBar}}};
     for (const auto& [stored, expected] : cases) {

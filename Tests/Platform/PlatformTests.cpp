@@ -2,10 +2,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include <fstream>
-
 #include "Platform/Clock.h"
-#include "Platform/HardwareModel.h"
 #include "Platform/HomeDirectory.h"
 
 TEST(HomeDirectory, ARelativeOrEmptyHomeIsReplacedByThePasswordDatabase) {
@@ -36,12 +33,4 @@ TEST(Clock, ADayStartsAtItsFirstMomentAlsoWhereMidnightIsSkippedOrRepeated) {
         EXPECT_EQ(Clock::startOfDay(instant), start)
             << zone << ", " << instant - start << " s into the day";
     }
-}
-
-TEST(HardwareModel, IsTheLineOfAKernelsFile) {
-    // Not every machine tells its model; all files of the kernel give a page as their size.
-    const std::string path = "/sys/kernel/mm/transparent_hugepage/enabled";
-    std::string line;
-    if (!std::getline(std::ifstream(path), line)) GTEST_SKIP() << "no such file here";
-    EXPECT_EQ(HardwareModel::namedIn(path) + HardwareModel::namedIn("/sys/none"), line);
 }

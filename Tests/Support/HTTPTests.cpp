@@ -70,25 +70,25 @@ TEST_F(HTTPGet, RedirectsStayOnHTTPSAndTheTokenOnItsHost) {
 }
 
 TEST_F(HTTPGet, OfTheEnvironmentOnlyTheProxyCounts) {
-    const auto fetchWith = [](const char* name, const std::string& value) {
+    const auto expect = [](const json& result, const char* name, const std::string& value) {
         setenv(name, value.c_str(), 1);
-        return fetch(host + "/");
+        EXPECT_EQ(fetch(host + "/"), result) << name << "=" << value;
     };
     const std::string nowhere = "http://127.0.0.1:1", proxy = "http://" + server.address();
     for (const char* name : {"http_proxy", "ALL_PROXY", "all_proxy"})
-        EXPECT_EQ(fetchWith(name, nowhere), notFound) << name;
-    EXPECT_EQ(fetchWith("HTTPS_PROXY", nowhere), json());
-    EXPECT_EQ(fetchWith("no_proxy", "localhost,api.anthropic.com"), notFound);
+        expect(notFound, name, nowhere);
+    expect({}, "HTTPS_PROXY", nowhere);
+    expect(notFound, "no_proxy", "localhost,api.anthropic.com");
     unsetenv("no_proxy");
     EXPECT_EQ(server.seen()["requests"], 4);
-    EXPECT_EQ(fetchWith("https_proxy", proxy), notFound);
-    EXPECT_EQ(fetchWith("https_proxy", ""), json());
-    EXPECT_EQ(fetchWith("HTTPS_PROXY", proxy), notFound);
+    expect(notFound, "https_proxy", proxy);
+    expect({}, "https_proxy", "");
+    expect(notFound, "HTTPS_PROXY", proxy);
     EXPECT_EQ(server.seen()["requests"], 8) << "two tunnels and what came through them";
     EXPECT_EQ(fetch("https://misnamed.test/"), json());
     HTTP::restart({});
     for (const char* name : {"SSL_CERT_FILE", "CURL_CA_BUNDLE"})
-        EXPECT_EQ(fetchWith(name, server.certificates()), json()) << name;
+        expect({}, name, server.certificates());
     EXPECT_EQ(server.seen()["requests"], 14)
         << "the hashed directory, then the bundle, three times";
 }
