@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "Model/AppConfig.h"
+#include "Model/DisplaySettings.h"
 #include "Model/ModelNaming.h"
 #include "Model/UsageFormat.h"
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/ScopedClock.h"
+#include "Tests/Support/TemporaryHome.h"
 
 /// "Cl+ Co- Ge+ Op+ 20.0": the entries in order, "+" for an enabled one, and the interval.
 static std::string summary(std::string_view text) {
@@ -19,6 +21,24 @@ TEST(AppConfig, WhatIsUnusableFallsBackAloneAndTheRestCounts) {
     const auto model = fixture("model");
     for (const auto& row : model["configurations"])
         EXPECT_EQ(nlohmann::json(summary(row[0].dump())), row[1]) << row;
+}
+
+TEST(DisplaySettings, AUsableChoiceStandsAndAnythingElseIsTheDefault) {
+    using enum DisplaySurface::Case;
+    using Surfaces = std::set<DisplaySurface>;
+    const TemporaryHome home;
+    const std::pair<const char*, Surfaces> cases[] = {
+        {R"(["MenuBar"])", {menuBar, touchBar}},
+        {R"(["touchBar","dock","touchBar"])", {touchBar}},
+        {R"(["touchBar","floatingBar","menuBar"])", {menuBar, floatingBar, touchBar}}};
+    for (const auto& [stored, expected] : cases) {
+        home.write(".config/quillet/defaults.json",
+                   std::string("{\"enabledSurfaces\":") + stored + "}");
+        DisplaySettings::load(true).save();
+        EXPECT_EQ(DisplaySettings::load(false).surfaces, expected) << stored;
+    }
+    DisplaySettings{}.save();
+    EXPECT_EQ(DisplaySettings::load(false).surfaces, (Surfaces{menuBar, floatingBar}));
 }
 
 TEST(ModelNaming, KnownAndUnknownNamesGiveShortLabels) {
