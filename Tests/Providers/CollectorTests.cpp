@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <ranges>
 #include <sstream>
 
 #include "Platform/Keychain.h"
@@ -36,18 +37,13 @@ std::string shown(const UsageSnapshot& snapshot) {
 
 /// A scenario is a list of steps. Each changes files, replies and the clock before it collects.
 const auto scenarios = fixture("collectors").get<std::map<std::string, json>>();
-
-std::vector<std::string> names() {
-    std::vector<std::string> all;
-    for (const auto& [name, steps] : scenarios)
-        all.push_back(name);
-    return all;
-}
+const auto names = std::views::keys(scenarios);
 
 class Collector : public testing::TestWithParam<std::string> {
 protected:
     void prepare(const json& step) const {
         if (step.contains("at")) ScopedClock::set(start + step["at"].get<double>());
+        setenv("SQL", step.value("sql", "").c_str(), 1);
         EXPECT_EQ(home.shell(step.value("run", "true")), 0);
         const auto files = step.value("files", json::object());
         for (const auto& [file, content] : files.items())
@@ -81,6 +77,7 @@ TEST_P(Collector, Shows) {
     for (const auto& step : scenarios.at(GetParam())) {
         SCOPED_TRACE(step.dump());
         prepare(step);
+        const auto before = home.tree();
         const auto begin = std::chrono::steady_clock::now();
         std::vector<std::future<UsageSnapshot>> collects;
         for (int i = step.value("overlapping", 1); i > 0; i--)
@@ -88,6 +85,7 @@ TEST_P(Collector, Shows) {
         for (const auto& each : collects)
             each.wait();
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
+        EXPECT_EQ(home.tree(), before);
         auto found = server.seen();
         for (auto& each : collects) {
             const auto snapshot = each.get();
@@ -98,7 +96,7 @@ TEST_P(Collector, Shows) {
         }
     }
 }
-INSTANTIATE_TEST_SUITE_P(Scenario, Collector, testing::ValuesIn(names()),
+INSTANTIATE_TEST_SUITE_P(Scenario, Collector, testing::ValuesIn(names.begin(), names.end()),
                          [](const auto& name) { return name.param; });
 
 }  // namespace
