@@ -27,18 +27,16 @@ TEST(PanelView, ControlsShowTheSettingsAndAskForTheOpposite) {
     panel.onToggleSurface = asked;
     panel.onDonate = [&] { found += "(donate) "; };
     panel.onRefresh = [&] { found += "(refresh) "; };
-    panel.update(std::vector<PanelView::Entry>());
     panel.hasTouchBar = true;
     panel.update(std::vector<PanelView::Entry>());
-    popover.show(QRect(380, 10, 40, 20));
+    popover.show(QRect());
     QCoreApplication::processEvents();
     for (int i = 0; i < 10; ++i) {
         press(&popover, Qt::Key_Tab);
-        auto* const button = qobject_cast<QPushButton*>(QApplication::focusWidget());
-        ASSERT_TRUE(button);
-        found += button->accessibleName().toStdString() + " ";
-        press(button, Qt::Key_Return);
-        if (button->isChecked()) found += "* ";
+        auto& button = dynamic_cast<QPushButton&>(*QApplication::focusWidget());
+        found += button.accessibleName().toStdString() + " ";
+        press(&button, Qt::Key_Return);
+        if (button.isChecked()) found += "* ";
     }
     EXPECT_EQ(found,
               "Show Claude (Claude off) * Show Codex (Codex off) * Show Gemini (Gemini on) "
