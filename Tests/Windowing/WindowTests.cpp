@@ -7,7 +7,7 @@ TEST(Screens, LosesToAPanelOnlyWhatItCovers) {
     const std::tuple<Screens::Strut, QRect, QRect> cases[] = {
         {{.top = 128, .topFrom = 1200, .topTo = 2199}, left, {1200, 128, 1000, 672}},
         {{.left = 1240, .leftFrom = 100, .leftTo = 799}, left, {1240, 100, 960, 700}},
-        {{.right = 1040, .rightFrom = 0, .rightTo = 899}, {0, 0, 1160, 900}, right},
+        {{.right = 1040, .bottom = 30, .rightTo = 899, .bottomTo = 1199}, {0, 0, 1160, 870}, right},
     };
     for (const auto& [panel, restOfLeft, restOfRight] : cases) {
         EXPECT_EQ(Screens::without(panel, left, {2200, 900}), restOfLeft);
