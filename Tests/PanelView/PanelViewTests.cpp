@@ -33,10 +33,11 @@ TEST(PanelView, ControlsShowTheSettingsAndAskForTheOpposite) {
     QCoreApplication::processEvents();
     for (int i = 0; i < 10; ++i) {
         press(&popover, Qt::Key_Tab);
-        auto& button = dynamic_cast<QPushButton&>(*QApplication::focusWidget());
-        found += button.accessibleName().toStdString() + " ";
-        press(&button, Qt::Key_Return);
-        if (button.isChecked()) found += "* ";
+        auto* const button = qobject_cast<QPushButton*>(QApplication::focusWidget());
+        ASSERT_TRUE(button);
+        found += button->accessibleName().toStdString() + " ";
+        press(button, Qt::Key_Return);
+        if (button->isChecked()) found += "* ";
     }
     EXPECT_EQ(found,
               "Show Claude (Claude off) * Show Codex (Codex off) * Show Gemini (Gemini on) "

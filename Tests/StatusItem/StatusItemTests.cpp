@@ -103,7 +103,9 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
 
     const QVariantList wrong[] = {{}, {1.5}, {"clicked", 1}, {1, "clicked", "", 0u}};
     for (const char* path : {"/StatusNotifierItem", "/MenuBar"})
-        for (const char* method : {"Activate", "GetLayout", "Event", "EventGroup", "AboutToShow"})
+        for (const char* method :
+             {"Activate", "SecondaryActivate", "Scroll", "GetLayout", "GetProperty",
+              "GetGroupProperties", "Event", "EventGroup", "AboutToShow", "AboutToShowGroup"})
             for (const auto& values : wrong)
                 EXPECT_TRUE(host.call(path, method, values).errorName().contains("UnknownMethod"));
 
