@@ -15,7 +15,7 @@
 #include "Platform/HardwareModel.h"
 #include "Platform/UserDefaults.h"
 #include "Support/HTTP.h"
-#include "Tests/Support/ScopedClock.h"
+#include "Tests/Support/StoppedClock.h"
 #include "Tests/Support/TemporaryHome.h"
 
 using Texts = std::vector<std::string>;
@@ -174,7 +174,7 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
 }
 
 TEST_F(Application, WithoutAThreadTheNextTickTriesAgain) {
-    const ScopedClock clock(1'800'000'000);  // the panel tells the minute
+    stopClock(1'800'000'000);  // the panel tells the minute
     home.write(".config/quillet/config.json", R"({"intervalSeconds": 5})");
     launch();
     refreshWith("One");

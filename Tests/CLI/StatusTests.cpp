@@ -3,10 +3,10 @@
 #include <cmath>
 
 #include "CLI/CLI.h"
-#include "Tests/Support/ScopedClock.h"
+#include "Tests/Support/StoppedClock.h"
 
 TEST(Status, OddValuesGiveALineAndADocument) {
-    ScopedClock clock(1'800'000'000);
+    stopClock(1'800'000'000);
     UsageSnapshot odd(Provider::codex), known(Provider::claude), failed = known;
     odd.planLabel = "/\x1B\xFF\xC2\xA0é", odd.effortLabel = "High";
     odd.dailyPercent = odd.dailyResetAt = odd.updatedAt = NAN;

@@ -5,7 +5,7 @@
 #include "Model/ModelNaming.h"
 #include "Model/UsageFormat.h"
 #include "Tests/Support/Fixture.h"
-#include "Tests/Support/ScopedClock.h"
+#include "Tests/Support/StoppedClock.h"
 #include "Tests/Support/TemporaryHome.h"
 
 /// "Cl+ Co- Ge+ Op+ 20.0": the entries in order, "+" for an enabled one, and the interval.
@@ -51,7 +51,7 @@ TEST(ModelNaming, KnownAndUnknownNamesGiveShortLabels) {
 
 TEST(UsageFormat, NumbersRoundAndNeverOverflow) {
     EXPECT_EQ(UsageFormat::percentText(0x1p63), "—");
-    ScopedClock clock(1'800'000'000);
+    stopClock(1'800'000'000);
     const std::map<double, std::string> resets = {
         {0, "now"}, {59.9, "0m"}, {3600, "1h 0m"}, {86399, "23h 59m"}, {280799, "3d 5h"}};
     for (const auto& [ahead, text] : resets)

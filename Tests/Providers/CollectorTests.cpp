@@ -8,7 +8,7 @@
 #include "Support/LocalFiles.h"
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/HTTPSServer.h"
-#include "Tests/Support/ScopedClock.h"
+#include "Tests/Support/StoppedClock.h"
 
 namespace {
 
@@ -40,7 +40,7 @@ const auto scenarios = fixture("collectors").get<std::map<std::string, json>>();
 class Collector : public testing::TestWithParam<std::pair<const std::string, json>> {
 protected:
     void prepare(const json& step) const {
-        if (step.contains("at")) ScopedClock::set(start + step["at"].get<double>());
+        if (step.contains("at")) stopClock(start + step["at"].get<double>());
         setenv("SQL", step.value("sql", "").c_str(), 1);
         EXPECT_EQ(home.shell(step.value("run", "true")), 0);
         const auto files = step.value("files", json::object());
@@ -61,7 +61,6 @@ protected:
     }
 
     const TemporaryHome home;
-    const ScopedClock clock{start};
     const HTTPSServer server;
 };
 
@@ -69,6 +68,7 @@ TEST_P(Collector, Shows) {
     Keychain::exchangeLookup([](std::string_view service) {
         return LocalFiles::text(TemporaryHome::at("keychain/" + std::string(service)));
     });
+    stopClock(start);
     setenv("FIXTURES", FIXTURES, 1);
     setenv("TZ", "XXX3", 1);
     tzset();

@@ -15,7 +15,7 @@
 #include "Rendering/StatusSummary.h"
 #include "Rendering/UsageGauge.h"
 #include "StripView/StripView.h"
-#include "Tests/Support/ScopedClock.h"
+#include "Tests/Support/StoppedClock.h"
 
 namespace {
 
@@ -96,7 +96,7 @@ void drawPoints(QImage& image, const QPolygon& points, QColor color, int size) {
 TEST(GoldenPictures, LookAsTheyDid) {
     qputenv("TZ", "XXX-3");
     qputenv("FONTCONFIG_SYSROOT", "/dev/null");  // where no font is
-    const ScopedClock clock(1'800'011'100);
+    stopClock(1'800'011'100);
     const PanelView::Entry absent{opencode, {}};
     const std::map<QString, Entries> states{
         {"ordinary",
