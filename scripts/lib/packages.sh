@@ -6,7 +6,7 @@ runPackages=(g++ cmake ninja-build "libcurl4-openssl-dev|libcurl4-gnutls-dev" nl
 desktopPackages=("${runPackages[@]}" qt6-base-dev qt6-svg-dev libgl-dev libxcb1-dev
     libfontconfig-dev fonts-inter)
 screenPackages=(dbus-daemon xvfb openbox xdotool x11-utils x11-xserver-utils imagemagick xterm
-    xrestop "trayer?" xfce4-panel sway waybar xwayland grim util-linux)
+    xrestop "trayer?" xfce4-panel sway waybar xwayland util-linux)
 testPackages=("${desktopPackages[@]}" libgtest-dev libgmock-dev python3 openssl
     "${screenPackages[@]}")
 demoPackages=("${desktopPackages[@]}" python3 openssl util-linux mount)
@@ -24,8 +24,8 @@ formatPackages=(clang-format)
 # The programs that must then be on the search path.
 runPrograms=(c++ cmake ninja)
 desktopPrograms=("${runPrograms[@]}")
-screenPrograms=(dbus-daemon Xvfb openbox xdotool xprop xwininfo xrandr xsetroot import convert xterm
-    xrestop xfce4-panel sway waybar Xwayland grim unshare)
+screenPrograms=(dbus-daemon Xvfb openbox xdotool xprop xrandr convert xterm
+    xrestop xfce4-panel sway waybar Xwayland unshare)
 testPrograms=("${runPrograms[@]}" python3 openssl "${screenPrograms[@]}")
 demoPrograms=("${runPrograms[@]}" python3 openssl unshare mount)
 tryPrograms=("${demoPrograms[@]}" "${screenPrograms[@]}")
