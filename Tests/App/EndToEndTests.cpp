@@ -29,7 +29,7 @@ protected:
                            fs::path(QUILLET).parent_path().string() + ":" + getenv("PATH") + "' ";
         const int status = TemporaryHome::shell(given + environment + " timeout -k 1 20 " +
                                                 command + " < /dev/null > ../printed 2>&1");
-        const auto printed = textOf(TemporaryHome::beside("printed"));
+        auto printed = textOf(TemporaryHome::beside("printed"));
         EXPECT_EQ(status, 0) << printed;
         EXPECT_EQ(printed.find("secret-"), std::string::npos) << "a token shows: " << printed;
         return printed;

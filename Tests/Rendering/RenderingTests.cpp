@@ -162,8 +162,9 @@ TEST(UsageGauge, LeavesOutWhatDoesNotFit) {
     for (const auto& [style, minBar, minBarBesideReset] :
          {std::tuple(&UsageGauge::strip, 6, 15), {&UsageGauge::panel, 10, 25}}) {
         std::map<bool, double> shortestBar;  // without and with a reset text
-        for (double width = 500; width > 0; width -= 0.1) {
-            const UsageGauge gauge(*style, "5h", 42, Clock::now() + 7500, {100, 0, width, 16});
+        for (int tenths = 5000; tenths > 0; --tenths) {
+            const Rect place{100, 0, tenths / 10.0, 16};
+            const UsageGauge gauge(*style, "5h", 42, Clock::now() + 7500, place);
             if (gauge.track) shortestBar[gauge.showsReset()] = gauge.track->width;
         }
         EXPECT_NEAR(shortestBar[false], minBar, 0.11);
