@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <future>
 
 #include "App/PointText.h"
 #include "PanelView/FlatButton.h"
@@ -30,7 +31,9 @@ protected:
         int count = 0;
         for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
             const int nice = getpriority(PRIO_PROCESS, std::stoi(task.path().filename()));
-            count += nice == niceness && textOf(task.path() / "comm") == "quillet-desktop\n";
+            std::string name;  // stays empty if the thread has ended
+            std::ifstream(task.path() / "comm") >> name;
+            count += nice == niceness && name == "quillet-desktop";
         }
         return count;
     }
@@ -152,6 +155,7 @@ TEST_F(Application, TheMenuFollowsHardwareAndChoices) {
     EXPECT_EQ(UserDefaults::textArray("enabledSurfaces"), Texts{"menuBar"});
     menu("  Touch Bar");
     refreshWith("Three");
+    EXPECT_FALSE(widget<FloatingWindow>().isVisible()) << "a refresh brings it back";
     EXPECT_EQ(calls, "appdrap") << "presented by itself once each time that it is switched on";
 
     for (const char* title : {"  Codex", "  Gemini", "  Claude", "  OpenCode"})
@@ -223,6 +227,6 @@ TEST_F(Application, APassTooManyIsRememberedAndQuittingWaitsForNone) {
     // The pass that ends last replaces the whole table.
     EXPECT_TRUE(qWaitFor([] { return !toolTip().contains("Gemini"); }) && waitForPasses(6));
     // It gives up waiting by ending the process. This one must not end so, as with success.
-    EXPECT_EXIT((app.reset(), std::_Exit(7)), testing::ExitedWithCode(7), "");
+    EXPECT_EXIT((alarm(5), app.reset(), std::_Exit(7)), testing::ExitedWithCode(7), "");
     EXPECT_TRUE(close(silentServer) == 0 && waitForPasses(0));
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "Tests/Support/Fixture.h"
 #include "Tests/Support/HTTPSServer.h"
 

@@ -121,7 +121,7 @@ TEST(GoldenPictures, LookAsTheyDid) {
     if (!hasFont) QFontDatabase::removeAllApplicationFonts();  // all text then looks different
     for (auto& [name, after] : pictures) {
         const QString file = FIXTURES "/pictures/" + name + ".png";
-        const QPolygon text = differing(after, drawn(states.at(name)), 0);
+        const QPolygon text = hasFont ? QPolygon() : differing(after, drawn(states.at(name)), 0);
         QImage before(after.size(), after.format());
         before.fill(Qt::black);
         QPainter(&before).drawImage(0, 0, QImage(file));

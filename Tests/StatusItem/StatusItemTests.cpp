@@ -8,10 +8,12 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QDebug>
 #include <QProcess>
+#include <QWidget>
 
 #include "StatusItem/ExportedMenu.h"
 
@@ -27,6 +29,11 @@ public:
         qputenv("DBUS_SESSION_BUS_ADDRESS", daemon.readLine().trimmed());
         bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "host");
         bus.registerVirtualObject("/StatusNotifierWatcher", this);
+    }
+
+    ~Host() override {
+        daemon.terminate();  // it then removes its socket
+        daemon.waitForFinished();
     }
 
     void start(const char* process) {
@@ -51,7 +58,7 @@ public:
     QDBusConnection bus = QDBusConnection("");
     const QString name = "org.kde.StatusNotifierWatcher";
     QString item;
-    bool answers = true, takesItems = true;
+    bool answers = true, takesItems = true, hasHost = true;
 
 private:
     QString introspect(const QString&) const override { return {}; }
@@ -60,7 +67,7 @@ private:
         if (registers) item = message.arguments()[0].toString();
         if (!answers) return true;
         if (registers && !takesItems) return false;
-        return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
+        return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost))));
     }
 
     QProcess daemon;
@@ -91,7 +98,9 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
         {"notification-area-applet", 90, {}}, {"some-other-host", 22, {}}, {"waybar", 90, {}}};
     for (const auto& [process, points, expectedPlace] : cases) {
         host.bus.unregisterService(host.name);
+        const QString old = host.item;
         host.start(process);
+        EXPECT_FALSE(host.bus.interface()->isServiceRegistered(old)) << "the item stays";
         const QString icons = host.property("IconPixmap");
         const QString icon = "(iiay) %1, %2, {1, 2, 3, 4, ";
         for (const int scale : {1, 2})
@@ -119,11 +128,13 @@ TEST(StatusItem, FollowsHostsThatComeLateAndGoAndGivesEachOneShape) {
 
     host.bus.unregisterService(host.name);
     EXPECT_TRUE(stands(item)) << "there is no other";
+    const auto* const corner = QApplication::topLevelAt(item.geometry().value().center());
+    EXPECT_TRUE(corner->toolTip().contains(">&lt;img")) << "Qt would take it for plain text";
 }
 
 TEST(StatusItem, StandsByItselfBesideAHostThatDoesNotTakeItOrNeverAnswers) {
     Host host;
-    for (bool Host::*const ability : {&Host::takesItems, &Host::answers}) {
+    for (bool Host::*const ability : {&Host::hasHost, &Host::takesItems, &Host::answers}) {
         host.*ability = false;
         host.bus.registerService(host.name);
         StatusItem item([](auto) {}, true);
@@ -167,6 +178,11 @@ TEST(ExportedMenu, KeepsStillWhileOpenAndEveryClickHitsItsRow) {
     click({12345, {}});
     click(old[1], 10'000);  // an id from before the change
     EXPECT_EQ(chosen, "FirstAddedFirst") << "one of all clicks on an open menu";
+    menu->Event(0, "opened", QDBusVariant(), 0);
+    menu->setItems({gone, gone});
+    EXPECT_EQ(rows().size(), 5);
+    menu->Event(0, "closed", QDBusVariant(), 0);
+    EXPECT_EQ(rows().size(), 2);
     menu->AboutToShow(0);
     menu->setItems({gone});
     EXPECT_TRUE(qWaitFor([&] { return rows().size() == 1; }, 15'000)) << "closed by none";

@@ -7,9 +7,9 @@
 startDemo() {
     demo=$(mktemp -d) && demoHome=$demo/home || return
     trap stopDemo EXIT
-    cp -R "$root/Tests/fixtures/home" "$demoHome" && answerNow || return
-    fillDatabase "$demoHome/.local/share/opencode/opencode.db" \
-        <"$root/Tests/fixtures/opencode.sql" || return
+    cp -R "$root/Tests/fixtures/home" "$demoHome" && dateAnswers || return
+    "$root/Tests/Support/opencode-tool" "$demoHome/.local/share/opencode/opencode.db" \
+        "$(<"$root/Tests/fixtures/opencode.sql")" || return
     # Only this shell has the other end of its input, so the server ends whenever the shell ends.
     mkdir "$demo/server" &&
         coproc demoServer { exec "$root/Tests/Support/https-server" "$demo/server" 2>&1; }
@@ -31,17 +31,11 @@ stopDemo() {
     rm -rf "$demo"
 }
 
-# The answers in Gemini's chat are of just now.
-answerNow() {
+# Makes the answers in Gemini's chat those of just now.
+dateAnswers() {
     local now
     TZ=UTC printf -v now '%(%FT%T.000Z)T'
     sed -i "s/NOW/$now/g" "$demoHome"/.gemini/tmp/app/chats/*
-}
-
-fillDatabase() {
-    mkdir -p "${1%/*}" &&
-        python3 -c 'import sqlite3, sys
-sqlite3.connect(sys.argv[1]).executescript(sys.stdin.read())' "$1"
 }
 
 # inDemo <command…>: runs the command with that home directory and server. The program trusts only
